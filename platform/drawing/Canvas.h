@@ -1,0 +1,108 @@
+// The vector drawing surface: it records what is drawn, so that one drawing can become pixels, a PDF
+// or SVG file and a trace.
+#pragma once
+
+#include "platform/drawing/Path.h"
+#include "platform/foundation/Color.h"
+#include "platform/foundation/Result.h"
+#include "platform/imaging/Bitmap.h"
+
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace drawing {
+
+using foundation::Color;
+using foundation::Size;
+
+// How a fill or image meets what is below it.
+enum class Operation { Copy, SourceOver, Clear, SourceIn, DestinationOver, Plus, Multiply };
+
+// One finished drawing: operations in the order in which they were drawn. Immutable once made.
+struct Recording {
+    struct Fill {
+        Color color;
+        FillRule rule;
+        Path path; // in picture coordinates, all transforms applied
+        Operation operation = Operation::SourceOver;
+    };
+    struct Stroke {
+        Color color;
+        Path path;              // as drawn, before the transform; carries width, cap and join
+        AffineTransform matrix; // the transform in force: it shapes the pen too
+    };
+    struct Image {
+        imaging::BitmapRef bitmap; // an alpha mask when tinted
+        Color tint;                // the colour painted through the mask
+        bool tinted = false;
+        double fraction = 1;    // opacity
+        Size size;              // of the unit drawn, in points before the matrix
+        AffineTransform matrix; // from a rectangle of that size at the origin, y up
+        Operation operation = Operation::SourceOver;
+    };
+    using Op = std::variant<Fill, Stroke, Image>;
+
+    Size size; // of the picture, in points
+    std::vector<Op> ops;
+};
+using RecordingRef = std::shared_ptr<const Recording>;
+
+class Canvas {
+public:
+    explicit Canvas(Size size);
+
+    Size size() const { return _recording->size; }
+
+    // Graphics state: transform, colour.
+    void save();
+    void restore();
+    // Prepended to the transform in force: what is drawn next goes through t first.
+    void concat(const AffineTransform& t);
+    const AffineTransform& matrix() const { return _state.matrix; }
+    // Of fills and strokes alike.
+    void setColor(const Color& color) { _state.color = color; }
+    const Color& color() const { return _state.color; }
+
+    void fill(const Path& path);
+    void stroke(const Path& path);
+    void fillRect(const Rect& rect, Operation operation = Operation::Copy);
+    // Scales the bitmap into the rectangle.
+    void drawBitmap(imaging::BitmapRef bitmap, const Rect& rect,
+                    Operation operation = Operation::SourceOver, double fraction = 1);
+    // Paints the current colour through the bitmap's alpha.
+    void drawMask(imaging::BitmapRef mask, const Rect& rect);
+
+    // Ends the drawing and hands it over.
+    RecordingRef finish();
+
+private:
+    struct State {
+        AffineTransform matrix;
+        Color color = Color::black();
+    };
+
+    std::shared_ptr<Recording> _recording;
+    State _state;
+    std::vector<State> _saved;
+};
+
+// Replays a drawing into pixels of the given size (the drawing is scaled to fill them). Null when the
+// drawing library is missing or memory is short; the reason is in the error.
+foundation::Result<std::shared_ptr<imaging::Bitmap>> rasterize(const Recording& recording,
+                                                               int width, int height);
+
+// Replays a drawing into a vector file in memory. `metadata` is kept in a field of the file's own
+// (PDF keywords, an SVG metadata element, an EPS comment) and may be empty.
+enum class VectorFormat { Pdf, Svg, Eps };
+foundation::Result<std::string> encodeVector(const Recording& recording, VectorFormat format,
+                                             const std::string& metadata);
+
+// The operations as JSON lines, coordinates after all transforms rounded to three decimals:
+// {"op":"fill","rgba":[…],"rule":"nonzero","path":[["M",x,y],["L",x,y],["C",…],["Z"]]},
+// {"op":"stroke","rgba":[…],"width":w,"cap":"butt","join":"miter","path":[…]},
+// {"op":"image","rgba":[tint],"size":[w,h],"matrix":[a,b,c,d,tx,ty]}.
+std::string traceOf(const Recording& recording);
+
+} // namespace drawing

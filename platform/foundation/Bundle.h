@@ -1,0 +1,28 @@
+// Where the library's own files are, and the strings it shows in the user's language.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace foundation {
+
+// The folder share/CoreImageFilter that belongs to the loaded library: beside it in a build tree and
+// in an installed one. The environment variable CIF_RESOURCES, when set, names the folder instead.
+// Empty when there is none.
+std::filesystem::path resourceFolder();
+
+// A resource by name and type ("whiteBall", "tiff") in a sub-folder of the resource folder ("" for
+// the folder itself). Nothing when there is no such file.
+std::optional<std::filesystem::path> resourcePath(std::string_view name, std::string_view type,
+                                                  std::string_view subfolder = {});
+
+// The translation of the key in the default string table of the user's language, or the key itself.
+std::string localizedString(std::string_view key);
+
+// Forces a language ("de", "fr_CA", …; "en" or "C" for the keys themselves); "" follows the locale
+// of the environment again (LANGUAGE, LC_ALL, LC_MESSAGES, LANG).
+void setLanguage(std::string_view language);
+
+} // namespace foundation
