@@ -1,5 +1,5 @@
-// The vector drawing surface: it records what is drawn, so that one drawing can become pixels, a PDF
-// or SVG file and a trace.
+// The vector drawing surface: it records what is drawn, so that one drawing can become pixels, a
+// PDF or SVG file and a trace.
 #pragma once
 
 #include "platform/drawing/Path.h"
@@ -88,8 +88,8 @@ private:
     std::vector<State> _saved;
 };
 
-// Replays a drawing into pixels of the given size (the drawing is scaled to fill them). Null when the
-// drawing library is missing or memory is short; the reason is in the error.
+// Replays a drawing into pixels of the given size (the drawing is scaled to fill them). Null when
+// the drawing library is missing or memory is short; the reason is in the error.
 foundation::Result<std::shared_ptr<imaging::Bitmap>> rasterize(const Recording& recording,
                                                                int width, int height);
 

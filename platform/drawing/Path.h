@@ -33,8 +33,8 @@ public:
     void close();
     void appendRect(const Rect& rect);
     void appendOvalInRect(const Rect& rect);
-    // A circular arc, counter-clockwise from the start to the end angle, in degrees; a line joins the
-    // current point, if any, to its start. At most a quarter circle to a curve.
+    // A circular arc, counter-clockwise from the start to the end angle, in degrees; a line joins
+    // the current point, if any, to its start. At most a quarter circle to a curve.
     void appendArc(Point center, double radius, double startDegrees, double endDegrees,
                    bool clockwise = false);
     void append(const Path& other);

@@ -45,17 +45,19 @@ struct PictureMetadata {
     double dpiX = 0, dpiY = 0; // 0 if unknown
 };
 
-// Immutable. Compared by identity where caches are concerned. Pixels of deferred and vector pictures
-// are made once for each size asked last and kept.
+// Immutable. Compared by identity where caches are concerned. Pixels of deferred and vector
+// pictures are made once for each size asked last and kept.
 class Picture {
 public:
     // A bitmap picture measures its pixels unless a size in points is given.
     static PictureRef fromBitmap(imaging::BitmapRef bitmap, PictureMetadata metadata = {});
-    static PictureRef fromBitmap(imaging::BitmapRef bitmap, Size size, PictureMetadata metadata = {});
+    static PictureRef fromBitmap(imaging::BitmapRef bitmap, Size size,
+                                 PictureMetadata metadata = {});
     static PictureRef fromVector(std::shared_ptr<const VectorSource> source,
                                  PictureMetadata metadata = {});
     static PictureRef fromRecording(RecordingRef recording);
-    // A bitmap that keeps the drawing it was made of, for vector output; pixels come from the bitmap.
+    // A bitmap that keeps the drawing it was made of, for vector output; pixels come from the
+    // bitmap.
     static PictureRef fromBitmapAndRecording(imaging::BitmapRef bitmap, RecordingRef recording);
     static PictureRef fromDeferred(std::shared_ptr<const DeferredSource> source, Size size);
     // Transparent.
@@ -64,7 +66,8 @@ public:
     Size size() const { return _size; }
     // Whether the best representation is a vector one (PDF, EPS, SVG or a recorded drawing).
     bool isVector() const;
-    // Of the best representation; of a vector picture its size in points, rounded up to whole pixels.
+    // Of the best representation; of a vector picture its size in points, rounded up to whole
+    // pixels.
     int pixelsWide() const;
     int pixelsHigh() const;
 

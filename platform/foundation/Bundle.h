@@ -8,9 +8,9 @@
 
 namespace foundation {
 
-// The folder share/CoreImageFilter that belongs to the loaded library: beside it in a build tree and
-// in an installed one. The environment variable CIF_RESOURCES, when set, names the folder instead.
-// Empty when there is none.
+// The folder share/CoreImageFilter that belongs to the loaded library: beside it in a build tree
+// and in an installed one. The environment variable CIF_RESOURCES, when set, names the folder
+// instead. Empty when there is none.
 std::filesystem::path resourceFolder();
 
 // A resource by name and type ("whiteBall", "tiff") in a sub-folder of the resource folder ("" for

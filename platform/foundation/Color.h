@@ -7,8 +7,8 @@
 namespace foundation {
 
 struct Color {
-    // The space the components were given in. Both are used as they stand: calibrated and device RGB
-    // have the same components here, so a conversion to calibrated RGB only changes the label.
+    // The space the components were given in. Both are used as they stand: calibrated and device
+    // RGB have the same components here, so a conversion to calibrated RGB only changes the label.
     // A pattern has no components and cannot be converted.
     enum class Space { CalibratedRgb, DeviceRgb, Pattern };
 
@@ -36,12 +36,18 @@ struct Color {
         const float p = v * (1 - s), q = v * (1 - s * f), t = v * (1 - s * (1 - f));
         const float a = limited(alpha);
         switch (i) {
-        case 0: return {v, t, p, a};
-        case 1: return {q, v, p, a};
-        case 2: return {p, v, t, a};
-        case 3: return {p, q, v, a};
-        case 4: return {t, p, v, a};
-        default: return {v, p, q, a};
+        case 0:
+            return {v, t, p, a};
+        case 1:
+            return {q, v, p, a};
+        case 2:
+            return {p, v, t, a};
+        case 3:
+            return {p, q, v, a};
+        case 4:
+            return {t, p, v, a};
+        default:
+            return {v, p, q, a};
         }
     }
 

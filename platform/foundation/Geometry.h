@@ -78,12 +78,9 @@ struct AffineTransform {
     // This transform first, then the next one.
     AffineTransform followedBy(const AffineTransform& next) const
     {
-        return {m11 * next.m11 + m12 * next.m21,
-                m11 * next.m12 + m12 * next.m22,
-                m21 * next.m11 + m22 * next.m21,
-                m21 * next.m12 + m22 * next.m22,
-                tX * next.m11 + tY * next.m21 + next.tX,
-                tX * next.m12 + tY * next.m22 + next.tY};
+        return {m11 * next.m11 + m12 * next.m21,         m11 * next.m12 + m12 * next.m22,
+                m21 * next.m11 + m22 * next.m21,         m21 * next.m12 + m22 * next.m22,
+                tX * next.m11 + tY * next.m21 + next.tX, tX * next.m12 + tY * next.m22 + next.tY};
     }
 
     // Of an invertible transform; the caller checks the determinant.

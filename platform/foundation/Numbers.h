@@ -13,7 +13,8 @@ constexpr Integer saturateTo(double value)
 {
     constexpr double low = static_cast<double>(std::numeric_limits<Integer>::min());
     // The largest value may not be representable; one above it always is (a power of two).
-    constexpr double pastHigh = static_cast<double>(std::numeric_limits<Integer>::max() / 2 + 1) * 2;
+    constexpr double pastHigh =
+        static_cast<double>(std::numeric_limits<Integer>::max() / 2 + 1) * 2;
     if (!(value > low))
         return value <= low ? std::numeric_limits<Integer>::min() : Integer{0};
     if (value >= pastHigh)
@@ -21,8 +22,14 @@ constexpr Integer saturateTo(double value)
     return static_cast<Integer>(value);
 }
 
-constexpr std::int32_t truncToInt(double value) { return saturateTo<std::int32_t>(value); }
-constexpr std::uint32_t saturateToUInt32(double value) { return saturateTo<std::uint32_t>(value); }
+constexpr std::int32_t truncToInt(double value)
+{
+    return saturateTo<std::int32_t>(value);
+}
+constexpr std::uint32_t saturateToUInt32(double value)
+{
+    return saturateTo<std::uint32_t>(value);
+}
 
 // The low byte of the truncated value.
 constexpr std::uint8_t lowByte(double value)

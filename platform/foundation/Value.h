@@ -43,7 +43,10 @@ public:
 
     constexpr Kind kind() const { return _kind; }
     constexpr bool isReal() const { return _kind == Kind::Float || _kind == Kind::Double; }
-    constexpr double doubleValue() const { return isReal() ? _real : static_cast<double>(_integer); }
+    constexpr double doubleValue() const
+    {
+        return isReal() ? _real : static_cast<double>(_integer);
+    }
     constexpr float floatValue() const { return static_cast<float>(doubleValue()); }
     constexpr std::int64_t int64Value() const
     {
@@ -55,8 +58,7 @@ public:
     }
     constexpr std::uint32_t unsignedIntValue() const
     {
-        return isReal() ? saturateToUInt32(_real)
-                        : saturateToUInt32(static_cast<double>(_integer));
+        return isReal() ? saturateToUInt32(_real) : saturateToUInt32(static_cast<double>(_integer));
     }
     constexpr bool boolValue() const { return isReal() ? _real != 0 : _integer != 0; }
 
@@ -83,10 +85,7 @@ class Value {
 public:
     Value() = default;
     template <class T>
-        requires std::is_arithmetic_v<T>
-    Value(T v) : _v(Number(v))
-    {
-    }
+    requires std::is_arithmetic_v<T> Value(T v) : _v(Number(v)) {}
     Value(Number v) : _v(v) {}
     Value(const char* v) : _v(std::string(v)) {}
     Value(std::string_view v) : _v(std::string(v)) {}
@@ -252,9 +251,8 @@ inline bool operator==(const Value& a, const Value& b)
 inline const char* Value::kindName() const
 {
     static constexpr const char* kNames[] = {
-        "nothing",  "a number",            "a text",    "a point",  "a size",   "a rectangle",
-        "a vector", "a colour",            "a transform", "a picture", "an image", "a list",
-        "a dictionary"};
+        "nothing",  "a number",    "a text",    "a point",  "a size", "a rectangle", "a vector",
+        "a colour", "a transform", "a picture", "an image", "a list", "a dictionary"};
     return kNames[_v.index()];
 }
 

@@ -14,8 +14,8 @@ public:
 
     // Uninitialised memory of at least that many bytes; null when it cannot be had.
     void* take(std::size_t bytes);
-    // Returns memory that take() gave for the same number of bytes. Up to a quarter of a gigabyte is
-    // kept for the next taker, the rest goes back to the system.
+    // Returns memory that take() gave for the same number of bytes. Up to a quarter of a gigabyte
+    // is kept for the next taker, the rest goes back to the system.
     void give(void* memory, std::size_t bytes);
 
 private:

@@ -22,7 +22,17 @@ class FilterRegistry;
 // What one number, position, colour … is for: the last word of its "CIAttributeType…" constant.
 enum class InputType {
     None, // no type is described
-    Time, Scalar, Distance, Angle, Position, Offset, Rectangle, Color, OpaqueColor, Image, Transform
+    Time,
+    Scalar,
+    Distance,
+    Angle,
+    Position,
+    Offset,
+    Rectangle,
+    Color,
+    OpaqueColor,
+    Image,
+    Transform
 };
 
 // The description of one input. What is not given is absent from the attribute dictionary.
@@ -51,15 +61,16 @@ struct Input {
 struct FilterDescription {
     struct InputDescription {
         std::string key;
-        std::string attributeClass; // "NSNumber", "CIImage", "CIColor", "CIVector", "NSAffineTransform"
-        Dictionary attributes;      // everything that is answered for the key
-        Value defaultValue;         // nothing for images and undescribed inputs
+        std::string
+            attributeClass;    // "NSNumber", "CIImage", "CIColor", "CIVector", "NSAffineTransform"
+        Dictionary attributes; // everything that is answered for the key
+        Value defaultValue;    // nothing for images and undescribed inputs
         std::function<bool(class Filter&, const Value&)> set; // false: a value of the wrong kind
         std::function<Value(const class Filter&)> get;
     };
 
     std::string name, displayName;
-    std::vector<std::string> categories; // with prefix: "CICategoryBlur", …
+    std::vector<std::string> categories;  // with prefix: "CICategoryBlur", …
     std::vector<InputDescription> inputs; // in key order
     std::function<std::unique_ptr<class Filter>()> make;
 
@@ -87,8 +98,8 @@ public:
     // Name, display name, categories, and per input key a dictionary of its description.
     virtual Dictionary attributes() const;
 
-    // Numbers, vectors (a point will do), colours, transforms and images. False, with nothing changed,
-    // for an unknown key or a value of the wrong kind.
+    // Numbers, vectors (a point will do), colours, transforms and images. False, with nothing
+    // changed, for an unknown key or a value of the wrong kind.
     virtual bool setValueForKey(const Value& value, std::string_view key);
     bool setValueForKey(const Image& image, std::string_view key)
     {
@@ -105,8 +116,8 @@ private:
     const FilterDescription* _description = nullptr;
 };
 
-// The filter classes by name. Filled by explicit lists (builtin/Register.cpp, filters/Register.cpp);
-// immutable afterwards.
+// The filter classes by name. Filled by explicit lists (builtin/Register.cpp,
+// filters/Register.cpp); immutable afterwards.
 class FilterRegistry {
 public:
     static FilterRegistry& shared();

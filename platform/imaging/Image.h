@@ -15,9 +15,10 @@ using foundation::Vector;
 
 class Node;
 
-// An image is a value: copying it is cheap, nothing is computed until pixels are asked for. A missing
-// image (the default) has an empty extent, and using it anywhere is safe. Positions are pixels, y up;
-// pixel (i, j) covers [i, i + 1) × [j, j + 1). Outside its extent an image is transparent.
+// An image is a value: copying it is cheap, nothing is computed until pixels are asked for. A
+// missing image (the default) has an empty extent, and using it anywhere is safe. Positions are
+// pixels, y up; pixel (i, j) covers [i, i + 1) × [j, j + 1). Outside its extent an image is
+// transparent.
 class Image {
 public:
     Image() = default;

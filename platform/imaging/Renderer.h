@@ -15,13 +15,14 @@ struct PixelRect {
 };
 
 struct RenderOptions {
-    std::stop_token stop;  // rendering ends early, with no result, when a stop is requested
-    bool threaded = true;  // false: everything on the calling thread
+    std::stop_token stop; // rendering ends early, with no result, when a stop is requested
+    bool threaded = true; // false: everything on the calling thread
 };
 
-// The pixels of the rectangle, transparent where the image does not reach, its top row first. The byte
-// and 16-bit formats are unpremultiplied, limited to 0…1 and rounded to nearest; a not-a-number
-// becomes 0. Null when the rectangle is empty or too large, memory is short, or a stop was requested.
+// The pixels of the rectangle, transparent where the image does not reach, its top row first. The
+// byte and 16-bit formats are unpremultiplied, limited to 0…1 and rounded to nearest; a
+// not-a-number becomes 0. Null when the rectangle is empty or too large, memory is short, or a stop
+// was requested.
 std::shared_ptr<Bitmap> render(const Image& image, const PixelRect& rect, PixelFormat format,
                                const RenderOptions& options = {});
 

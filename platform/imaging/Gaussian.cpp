@@ -1,0 +1,481 @@
+// The Gaussian blur, in the coarsest resolution that does not show.
+//
+// Level by level the picture is halved with the binomial kernel 1-4-6-4-1 as long as the standard
+// deviation stays above 1.6 pixels of the next level; there a plain separable sum finishes the
+// blur, and a cubic B-spline brings it back. Variances add: a halving at level i adds 4^i pixels²,
+// the spline D²/3 with D = 2^levels, and the sum in the middle supplies the rest. All grids are
+// anchored to the plane, so that a pixel comes out the same whatever region is asked for.
+#include "platform/imaging/Kernel.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace imaging {
+
+namespace {
+
+constexpr double kMaximumSigma = 10'000;
+constexpr double kIdentityBelow = 0.1;
+// Of the finest level at which the plain sum runs.
+constexpr double kCoarsestSigma = 1.6;
+
+int floorDiv(int a, int b)
+{
+    return a >= 0 ? a / b : -((-a + b - 1) / b);
+}
+
+// A grid of interleaved colours; sample (i, j) of level l stands on pixel (i·2^l, j·2^l).
+struct Grid {
+    IRect rect;
+    std::ptrdiff_t floatsPerRow = 0;
+    FloatBuffer values;
+
+    static Grid make(const IRect& rect)
+    {
+        Grid g;
+        g.rect = rect;
+        g.floatsPerRow = std::ptrdiff_t{4} * rect.width();
+        g.values = FloatBuffer(static_cast<std::size_t>(g.floatsPerRow) * rect.height() + 64);
+        return g;
+    }
+    float* row(int y) { return values.data() + (y - rect.bottom) * floatsPerRow; }
+    const float* row(int y) const { return values.data() + (y - rect.bottom) * floatsPerRow; }
+};
+
+// Reads rows of the level below over any range: what lies beyond it is transparent or repeats the
+// border.
+class GridReader {
+public:
+    GridReader(const Grid& grid, Border border) : _grid(grid), _border(border) {}
+
+    // Samples [left, right) of row y: the grid's own where it has them, else a padded copy in
+    // scratch. Null for a row of nothing but transparency.
+    const float* row(int y, int left, int right, std::vector<float>& scratch) const
+    {
+        const IRect& r = _grid.rect;
+        if (y < r.bottom || y >= r.top) {
+            if (_border == Border::Transparent)
+                return nullptr;
+            y = std::clamp(y, r.bottom, r.top - 1);
+        }
+        const float* source = _grid.row(y);
+        if (left >= r.left && right <= r.right)
+            return source + std::ptrdiff_t{4} * (left - r.left);
+        scratch.resize(std::size_t{4} * (right - left));
+        pad(source, left, right, scratch.data());
+        return scratch.data();
+    }
+
+private:
+    void pad(const float* source, int left, int right, float* out) const
+    {
+        const IRect& r = _grid.rect;
+        const int first = std::clamp(r.left, left, right), last = std::clamp(r.right, first, right);
+        const float zero[4] = {};
+        const bool clamped = _border == Border::Clamped;
+        const float* before = clamped ? source : zero;
+        const float* after = clamped ? source + std::ptrdiff_t{4} * (r.width() - 1) : zero;
+        for (int x = left; x < first; ++x)
+            std::copy_n(before, 4, out + std::ptrdiff_t{4} * (x - left));
+        if (last > first)
+            std::copy_n(source + std::ptrdiff_t{4} * (first - r.left), 4 * (last - first),
+                        out + std::ptrdiff_t{4} * (first - left));
+        for (int x = last; x < right; ++x)
+            std::copy_n(after, 4, out + std::ptrdiff_t{4} * (x - left));
+    }
+
+    const Grid& _grid;
+    Border _border;
+};
+
+// The samples of the next level that can differ from the border's colour.
+IRect halvedBounds(const IRect& r)
+{
+    return {floorDiv(r.left - 2, 2), floorDiv(r.bottom - 2, 2), floorDiv(r.right + 1, 2) + 1,
+            floorDiv(r.top + 1, 2) + 1};
+}
+
+// The samples of the level below that a range of samples is made of.
+IRect doubledReach(const IRect& r)
+{
+    return {2 * r.left - 2, 2 * r.bottom - 2, 2 * (r.right - 1) + 3, 2 * (r.top - 1) + 3};
+}
+
+// Sums five rows 1-4-6-4-1; a null row is transparent.
+void sumRows(const std::array<const float*, 5>& q, int count, float* out)
+{
+    static const std::vector<float> nothing;
+    if (std::any_of(q.begin(), q.end(), [](const float* p) { return !p; })) {
+        constexpr float k[5] = {1 / 16.f, 4 / 16.f, 6 / 16.f, 4 / 16.f, 1 / 16.f};
+        std::fill_n(out, count, 0.0f);
+        for (int j = 0; j < 5; ++j)
+            if (q[j])
+                for (int i = 0; i < count; ++i)
+                    out[i] += k[j] * q[j][i];
+        return;
+    }
+    const float *a = q[0], *b = q[1], *c = q[2], *d = q[3], *e = q[4];
+    for (int i = 0; i < count; ++i)
+        out[i] = (a[i] + e[i]) * (1 / 16.f) + (b[i] + d[i]) * (4 / 16.f) + c[i] * (6 / 16.f);
+}
+
+// Halves one summed row: sample x of the result stands on sample 2x of a row that begins at 2·left
+// − 2.
+void halveRow(const float* sums, int count, float* out)
+{
+    for (int x = 0; x < count; ++x) {
+        const float* p = sums + std::ptrdiff_t{8} * x;
+        float* d = out + std::ptrdiff_t{4} * x;
+        for (int c = 0; c < 4; ++c)
+            d[c] = (p[c] + p[16 + c]) * (1 / 16.f) + (p[4 + c] + p[12 + c]) * (4 / 16.f) +
+                   p[8 + c] * (6 / 16.f);
+    }
+}
+
+Grid halved(const Grid& fine, const IRect& rect, Border border, const RenderContext& context)
+{
+    Grid coarse = Grid::make(rect);
+    if (!coarse.values)
+        return coarse;
+    const GridReader reader(fine, border);
+    parallelRows(rect.bottom, rect.top, 16, context.threaded(), [&](int first, int last) {
+        std::vector<float> padded[5];
+        std::vector<float> sums(std::size_t{8} * rect.width() + 16);
+        const int left = 2 * rect.left - 2, right = 2 * (rect.right - 1) + 3;
+        for (int y = first; y < last; ++y) {
+            std::array<const float*, 5> q;
+            for (int j = 0; j < 5; ++j)
+                q[j] = reader.row(2 * y - 2 + j, left, right, padded[j]);
+            sumRows(q, 4 * (right - left), sums.data());
+            halveRow(sums.data(), rect.width(), coarse.row(y));
+        }
+    });
+    return coarse;
+}
+
+// The first halving of opaque bytes in whole numbers: the weights sum to 256, so 16 bits hold it
+// exactly.
+Grid halvedBytes(const PixelBlock& block, const IRect& rect, Border border,
+                 const RenderContext& context)
+{
+    Grid coarse = Grid::make(rect);
+    if (!coarse.values)
+        return coarse;
+    const IRect& r = block.rect;
+    parallelRows(rect.bottom, rect.top, 16, context.threaded(), [&](int first, int last) {
+        const int left = 2 * rect.left - 2, right = 2 * (rect.right - 1) + 3;
+        const int bytes = 4 * (right - left);
+        std::vector<std::uint8_t> padded[5], nothing(static_cast<std::size_t>(bytes), 0);
+        std::vector<std::uint16_t> sums(static_cast<std::size_t>(bytes) + 64);
+        const auto pixelRow = [&](int y,
+                                  std::vector<std::uint8_t>& scratch) -> const std::uint8_t* {
+            if (y < r.bottom || y >= r.top) {
+                if (border == Border::Transparent)
+                    return nothing.data();
+                y = std::clamp(y, r.bottom, r.top - 1);
+            }
+            const auto* source = reinterpret_cast<const std::uint8_t*>(block.pixel(r.left, y));
+            if (left >= r.left && right <= r.right)
+                return source + std::ptrdiff_t{4} * (left - r.left);
+            scratch.assign(static_cast<std::size_t>(bytes), 0);
+            for (int x = left; x < right; ++x) {
+                const int at = std::clamp(x, r.left, r.right - 1);
+                if (at == x || border == Border::Clamped)
+                    std::memcpy(scratch.data() + std::ptrdiff_t{4} * (x - left),
+                                source + std::ptrdiff_t{4} * (at - r.left), 4);
+            }
+            return scratch.data();
+        };
+        for (int y = first; y < last; ++y) {
+            const std::uint8_t* q[5];
+            for (int j = 0; j < 5; ++j)
+                q[j] = pixelRow(2 * y - 2 + j, padded[j]);
+            const std::uint8_t *a = q[0], *b = q[1], *c = q[2], *d = q[3], *e = q[4];
+            std::uint16_t* s = sums.data();
+            for (int i = 0; i < bytes; ++i)
+                s[i] = static_cast<std::uint16_t>(a[i] + e[i] + 4 * (b[i] + d[i]) + 6 * c[i]);
+            float* out = coarse.row(y);
+            for (int x = 0; x < rect.width(); ++x) {
+                const std::uint16_t* p = s + std::ptrdiff_t{8} * x;
+                float* to = out + std::ptrdiff_t{4} * x;
+                for (int k = 0; k < 4; ++k)
+                    to[k] = static_cast<float>(p[k] + p[16 + k] + 4 * (p[4 + k] + p[12 + k]) +
+                                               6 * p[8 + k]) *
+                            (1 / 65280.f);
+            }
+        }
+    });
+    return coarse;
+}
+
+// Weights exp(−k²/2σ²) for |k| ≤ ceil(reach·σ), summing to 1.
+std::vector<float> gaussianWeights(double sigma, double reach)
+{
+    const int radius = static_cast<int>(std::ceil(reach * sigma));
+    std::vector<double> exact(2 * radius + 1);
+    double sum = 0;
+    for (int k = -radius; k <= radius; ++k)
+        sum += exact[k + radius] = std::exp(-0.5 * k * k / (sigma * sigma));
+    std::vector<float> weights;
+    for (double w : exact)
+        weights.push_back(static_cast<float>(w / sum));
+    return weights;
+}
+
+// out[i] = Σ weights[j]·in[i + stride·j]. Sixteen sums at a time stay in registers.
+void weightedSum(const float* in, std::ptrdiff_t stride, const std::vector<float>& weights,
+                 int count, float* out)
+{
+    constexpr int kBlock = 32;
+    const int taps = static_cast<int>(weights.size());
+    int x = 0;
+    for (; x + kBlock <= count; x += kBlock) {
+        float sums[kBlock] = {};
+        for (int j = 0; j < taps; ++j) {
+            const float* p = in + x + stride * j;
+            const float w = weights[j];
+            for (int i = 0; i < kBlock; ++i)
+                sums[i] += w * p[i];
+        }
+        std::memcpy(out + x, sums, sizeof sums);
+    }
+    for (; x < count; ++x) {
+        float sum = 0;
+        for (int j = 0; j < taps; ++j)
+            sum += weights[j] * in[x + stride * j];
+        out[x] = sum;
+    }
+}
+
+// A separable sum over the grid, on the given samples.
+Grid summed(const Grid& source, const IRect& rect, const std::vector<float>& weights, Border border,
+            const RenderContext& context)
+{
+    const int radius = static_cast<int>(weights.size()) / 2;
+    // Rows first: only those of the source exist, the reader supplies the rest.
+    IRect acrossRect{rect.left, std::max(rect.bottom - radius, source.rect.bottom), rect.right,
+                     std::min(rect.top + radius, source.rect.top)};
+    Grid result = Grid::make(rect);
+    if (acrossRect.isEmpty()) {
+        // Only a clamped border reaches here, with its nearest row.
+        acrossRect.bottom = std::clamp(acrossRect.bottom, source.rect.bottom, source.rect.top - 1);
+        acrossRect.top = acrossRect.bottom + 1;
+    }
+    Grid across = Grid::make(acrossRect);
+    if (!result.values || !across.values)
+        return Grid{};
+    const GridReader reader(source, border);
+    parallelRows(acrossRect.bottom, acrossRect.top, 8, context.threaded(),
+                 [&](int first, int last) {
+                     std::vector<float> padded;
+                     for (int y = first; y < last; ++y)
+                         weightedSum(reader.row(y, rect.left - radius, rect.right + radius, padded),
+                                     4, weights, 4 * rect.width(), across.row(y));
+                 });
+    const GridReader columns(across, border);
+    parallelRows(rect.bottom, rect.top, 8, context.threaded(), [&](int first, int last) {
+        std::vector<float> unused;
+        for (int y = first; y < last; ++y) {
+            if (y - radius >= acrossRect.bottom && y + radius < acrossRect.top) {
+                weightedSum(across.row(y - radius), across.floatsPerRow, weights, 4 * rect.width(),
+                            result.row(y));
+                continue;
+            }
+            float* out = result.row(y);
+            std::fill_n(out, 4 * rect.width(), 0.0f);
+            for (int j = -radius; j <= radius; ++j)
+                if (const float* p = columns.row(y + j, rect.left, rect.right, unused))
+                    for (int i = 0; i < 4 * rect.width(); ++i)
+                        out[i] += weights[j + radius] * p[i];
+        }
+    });
+    return result;
+}
+
+// Gives spans of a grid of the finest level.
+class PlainRows : public Evaluator {
+public:
+    explicit PlainRows(Grid grid) : _grid(std::move(grid)) {}
+    void row(const Span& span, const Strip& out) const override
+    {
+        const float* p = _grid.row(span.y) + std::ptrdiff_t{4} * (span.x - _grid.rect.left);
+        // The buffer has room for the last lanes.
+        for (int i = 0; i < span.count; i += kLanes)
+            storePx(out, i, loadInterleaved(p + 4 * i));
+    }
+
+private:
+    Grid _grid;
+};
+
+// Gives spans of a coarse grid through the cubic B-spline.
+class SplineRows : public Evaluator {
+public:
+    SplineRows(Grid grid, int levels) : _grid(std::move(grid)), _levels(levels)
+    {
+        const int steps = 1 << levels;
+        _weights.resize(steps);
+        for (int i = 0; i < steps; ++i) {
+            const double t = double(i) / steps, s = 1 - t;
+            _weights[i] = {float(s * s * s / 6), float((3 * t * t * t - 6 * t * t + 4) / 6),
+                           float((3 * s * s * s - 6 * s * s + 4) / 6), float(t * t * t / 6)};
+        }
+    }
+
+    void row(const Span& span, const Strip& out) const override
+    {
+        const int steps = 1 << _levels, mask = steps - 1;
+        const int y = span.y >> _levels;
+        const std::array<float, 4>& wy = _weights[span.y & mask];
+        // The coarse samples under the span, mixed down to one row.
+        const int first = (span.x >> _levels) - 1,
+                  last = ((span.x + span.count - 1) >> _levels) + 2;
+        const int samples = last - first + 1;
+        alignas(32) float mixed[4 * (kStripWidth / 2 + 8)];
+        {
+            const std::ptrdiff_t from = std::ptrdiff_t{4} * (first - _grid.rect.left);
+            const float *a = _grid.row(y - 1) + from, *b = _grid.row(y) + from,
+                        *c = _grid.row(y + 1) + from, *d = _grid.row(y + 2) + from;
+            for (int i = 0; i < 4 * samples; ++i)
+                mixed[i] = wy[0] * a[i] + wy[1] * b[i] + wy[2] * c[i] + wy[3] * d[i];
+        }
+        alignas(32) float pixels[4 * (kStripWidth + kLanes)];
+        for (int i = 0; i < span.count;) {
+            const int phase = (span.x + i) & mask;
+            const int end = std::min(span.count, i + steps - phase);
+            const float* p = mixed + std::ptrdiff_t{4} * (((span.x + i) >> _levels) - 1 - first);
+            Float4 q[4];
+            std::memcpy(q, p, sizeof q);
+            for (const std::array<float, 4>* w = &_weights[phase]; i < end; ++i, ++w) {
+                const Float4 pixel =
+                    (*w)[0] * q[0] + (*w)[1] * q[1] + (*w)[2] * q[2] + (*w)[3] * q[3];
+                std::memcpy(pixels + std::ptrdiff_t{4} * i, &pixel, sizeof pixel);
+            }
+        }
+        for (int i = 0; i < span.count; i += kLanes)
+            storePx(out, i, loadInterleaved(pixels + std::ptrdiff_t{4} * i));
+    }
+
+private:
+    Grid _grid;
+    int _levels;
+    std::vector<std::array<float, 4>> _weights;
+};
+
+class GaussianNode : public Node {
+public:
+    GaussianNode(Image input, double sigma, Border border, const IRect& extent)
+        : Node(extent), _input(std::move(input)), _sigma(sigma), _border(border)
+    {
+        while (sigma / (2 << _levels) >= kCoarsestSigma)
+            ++_levels;
+        double variance = sigma * sigma;
+        if (_levels > 0) {
+            const double d = 1 << _levels;
+            for (int i = 0; i < _levels; ++i)
+                variance -= std::pow(4.0, i);
+            variance = (variance - d * d / 3) / (d * d);
+        }
+        // The plain sum at full resolution is the definition and ends at 3 sigma.
+        _weights = gaussianWeights(std::sqrt(variance), _levels > 0 ? 3.5 : 3);
+    }
+
+    EvaluatorRef prepare(const IRect& region, RenderContext& context) const override
+    {
+        const int radius = static_cast<int>(_weights.size()) / 2;
+        const IRect& e = _input.node()->extent();
+        // Backwards: which samples of each level the region needs …
+        std::vector<IRect> needed(_levels + 1), bounds(_levels + 1);
+        bounds[0] = e;
+        for (int l = 1; l <= _levels; ++l)
+            bounds[l] = halvedBounds(bounds[l - 1]);
+        IRect blurred = region;
+        if (_levels > 0)
+            blurred = {(region.left >> _levels) - 1, (region.bottom >> _levels) - 1,
+                       ((region.right - 1) >> _levels) + 3, ((region.top - 1) >> _levels) + 3};
+        needed[_levels] = withinBounds(blurred.grown(radius, radius), bounds[_levels]);
+        for (int l = _levels; l > 0; --l)
+            needed[l - 1] = withinBounds(doubledReach(needed[l]), bounds[l - 1]);
+        // … then forwards.
+        const PixelBlockRef block = context.pixels(_input, needed[0]);
+        if (!block)
+            return nullptr;
+        Grid grid;
+        int level = 0;
+        if (_levels > 0 && block->format == PixelBlock::Format::OpaqueBytes) {
+            grid = halvedBytes(*block, needed[1], _border, context);
+            level = 1;
+        } else {
+            grid = gridOf(*block, needed[0], context);
+        }
+        for (; grid.values && level < _levels; ++level) {
+            if (context.stopped())
+                return nullptr;
+            grid = halved(grid, needed[level + 1], _border, context);
+        }
+        if (grid.values)
+            grid = summed(grid, blurred, _weights, _border, context);
+        if (!grid.values || context.stopped())
+            return nullptr;
+        if (_levels == 0)
+            return std::make_shared<PlainRows>(std::move(grid));
+        return std::make_shared<SplineRows>(std::move(grid), _levels);
+    }
+
+private:
+    // Never empty: a range that misses the bounds still needs the nearest sample of a clamped
+    // border.
+    static IRect withinBounds(const IRect& r, const IRect& bounds)
+    {
+        const int left = std::clamp(r.left, bounds.left, bounds.right - 1);
+        const int bottom = std::clamp(r.bottom, bounds.bottom, bounds.top - 1);
+        return {left, bottom, std::clamp(r.right, left + 1, bounds.right),
+                std::clamp(r.top, bottom + 1, bounds.top)};
+    }
+
+    static Grid gridOf(const PixelBlock& block, const IRect& rect, const RenderContext& context)
+    {
+        Grid grid = Grid::make(rect);
+        if (!grid.values)
+            return grid;
+        parallelRows(rect.bottom, rect.top, 16, context.threaded(), [&](int first, int last) {
+            for (int y = first; y < last; ++y) {
+                float* out = grid.row(y);
+                const std::byte* p = block.pixel(rect.left, y);
+                if (block.format == PixelBlock::Format::OpaqueBytes) {
+                    const auto* bytes = reinterpret_cast<const std::uint8_t*>(p);
+                    for (int i = 0; i < 4 * rect.width(); ++i)
+                        out[i] = static_cast<float>(bytes[i]) * (1 / 255.f);
+                } else {
+                    std::memcpy(out, p, std::size_t{16} * rect.width());
+                }
+            }
+        });
+        return grid;
+    }
+
+    Image _input;
+    double _sigma;
+    Border _border;
+    int _levels = 0;
+    std::vector<float> _weights;
+};
+
+} // namespace
+
+Image gaussian(const Image& image, double sigma, Border border)
+{
+    const double s = sigma > 0 ? std::min(sigma, kMaximumSigma) : 0;
+    if (!image || s < kIdentityBelow || image.node()->extent().isEmpty())
+        return image;
+    IRect extent = image.node()->extent();
+    // An infinite picture is blurred where it is looked at.
+    if (border == Border::Transparent) {
+        const int margin = static_cast<int>(std::ceil(3 * s));
+        extent = extent.isPlane() ? extent : extent.grown(margin, margin);
+    }
+    return Image(std::make_shared<GaussianNode>(image, s, border, extent));
+}
+
+} // namespace imaging
