@@ -31,8 +31,10 @@ void* BufferPool::take(std::size_t bytes)
     const std::size_t size = roundedUp(bytes);
     {
         const std::lock_guard lock(_mutex);
-        if (const auto found = _free.find(size); found != _free.end()) {
-            void* memory = found->second;
+        const auto found = std::find_if(_free.begin(), _free.end(),
+                                        [size](const Block& b) { return b.size == size; });
+        if (found != _free.end()) {
+            void* memory = found->memory;
             _free.erase(found);
             _kept -= size;
             return memory;
@@ -44,15 +46,14 @@ void* BufferPool::take(std::size_t bytes)
 void BufferPool::give(void* memory, std::size_t bytes)
 {
     const std::size_t size = roundedUp(bytes);
-    {
-        const std::lock_guard lock(_mutex);
-        if (_kept + size <= kKeepAtMost) {
-            _free.emplace(size, memory);
-            _kept += size;
-            return;
-        }
+    const std::lock_guard lock(_mutex);
+    _free.push_front({size, memory});
+    _kept += size;
+    while (_kept > kKeepAtMost) {
+        _kept -= _free.back().size;
+        std::free(_free.back().memory);
+        _free.pop_back();
     }
-    std::free(memory);
 }
 
 } // namespace imaging

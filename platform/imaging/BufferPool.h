@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstddef>
-#include <map>
+#include <list>
 #include <mutex>
 #include <utility>
 
@@ -19,8 +19,13 @@ public:
     void give(void* memory, std::size_t bytes);
 
 private:
+    struct Block {
+        std::size_t size;
+        void* memory;
+    };
+
     std::mutex _mutex;
-    std::multimap<std::size_t, void*> _free;
+    std::list<Block> _free; // the one returned last in front; a few dozen at most
     std::size_t _kept = 0;
 };
 

@@ -9,7 +9,9 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
+#include <limits>
 
 namespace imaging {
 
@@ -35,13 +37,36 @@ struct Grid {
     {
         Grid g;
         g.rect = rect;
-        g.floatsPerRow = std::ptrdiff_t{4} * rect.width();
-        g.values = FloatBuffer(static_cast<std::size_t>(g.floatsPerRow) * rect.height() + 64);
+        // Sums write whole blocks of lanes, so a row has room for them.
+        g.floatsPerRow = (std::ptrdiff_t{4} * rect.width() + 63) / 32 * 32;
+        g.values = FloatBuffer(static_cast<std::size_t>(g.floatsPerRow) * rect.height());
         return g;
     }
     float* row(int y) { return values.data() + (y - rect.bottom) * floatsPerRow; }
     const float* row(int y) const { return values.data() + (y - rect.bottom) * floatsPerRow; }
 };
+
+// Four-channel samples [left, right) of a row that has [sourceLeft, sourceRight): what lies beyond
+// is 0 or repeats the row's ends.
+template <class T>
+void padRow(const T* source, int sourceLeft, int sourceRight, int left, int right, Border border,
+            T* out)
+{
+    const int first = std::clamp(sourceLeft, left, right);
+    const int last = std::clamp(sourceRight, first, right);
+    const T zero[4] = {};
+    const bool clamped = border == Border::Clamped;
+    const T* before = clamped ? source : zero;
+    const T* after = clamped ? source + std::ptrdiff_t{4} * (sourceRight - 1 - sourceLeft) : zero;
+    const auto at = [&](int x) { return out + std::ptrdiff_t{4} * (x - left); };
+    for (int x = left; x < first; ++x)
+        std::copy_n(before, 4, at(x));
+    if (last > first)
+        std::copy_n(source + std::ptrdiff_t{4} * (first - sourceLeft), 4 * (last - first),
+                    at(first));
+    for (int x = last; x < right; ++x)
+        std::copy_n(after, 4, at(x));
+}
 
 // Reads rows of the level below over any range: what lies beyond it is transparent or repeats the
 // border.
@@ -62,32 +87,28 @@ public:
         const float* source = _grid.row(y);
         if (left >= r.left && right <= r.right)
             return source + std::ptrdiff_t{4} * (left - r.left);
-        scratch.resize(std::size_t{4} * (right - left));
-        pad(source, left, right, scratch.data());
+        scratch.resize(std::size_t{4} * (right - left) + 64);
+        padRow(source, r.left, r.right, left, right, _border, scratch.data());
         return scratch.data();
     }
 
 private:
-    void pad(const float* source, int left, int right, float* out) const
-    {
-        const IRect& r = _grid.rect;
-        const int first = std::clamp(r.left, left, right), last = std::clamp(r.right, first, right);
-        const float zero[4] = {};
-        const bool clamped = _border == Border::Clamped;
-        const float* before = clamped ? source : zero;
-        const float* after = clamped ? source + std::ptrdiff_t{4} * (r.width() - 1) : zero;
-        for (int x = left; x < first; ++x)
-            std::copy_n(before, 4, out + std::ptrdiff_t{4} * (x - left));
-        if (last > first)
-            std::copy_n(source + std::ptrdiff_t{4} * (first - r.left), 4 * (last - first),
-                        out + std::ptrdiff_t{4} * (first - left));
-        for (int x = last; x < right; ++x)
-            std::copy_n(after, 4, out + std::ptrdiff_t{4} * (x - left));
-    }
-
     const Grid& _grid;
     Border _border;
 };
+
+// Interleaved floats of part of a block's row.
+void toFloats(const PixelBlock& block, int x, int count, int y, float* out)
+{
+    const std::byte* p = block.pixel(x, y);
+    if (block.format == PixelBlock::Format::OpaqueBytes) {
+        const auto* bytes = reinterpret_cast<const std::uint8_t*>(p);
+        for (int i = 0; i < 4 * count; ++i)
+            out[i] = static_cast<float>(bytes[i]) * (1 / 255.f);
+    } else {
+        std::memcpy(out, p, std::size_t{16} * count);
+    }
+}
 
 // The samples of the next level that can differ from the border's colour.
 IRect halvedBounds(const IRect& r)
@@ -105,7 +126,6 @@ IRect doubledReach(const IRect& r)
 // Sums five rows 1-4-6-4-1; a null row is transparent.
 void sumRows(const std::array<const float*, 5>& q, int count, float* out)
 {
-    static const std::vector<float> nothing;
     if (std::any_of(q.begin(), q.end(), [](const float* p) { return !p; })) {
         constexpr float k[5] = {1 / 16.f, 4 / 16.f, 6 / 16.f, 4 / 16.f, 1 / 16.f};
         std::fill_n(out, count, 0.0f);
@@ -154,6 +174,15 @@ Grid halved(const Grid& fine, const IRect& rect, Border border, const RenderCont
     return coarse;
 }
 
+// Even and odd pixels of a row of 16-bit sums to one row of the next level.
+void halveSums(const std::uint16_t* even, const std::uint16_t* odd, int count, float* out)
+{
+    for (int i = 0; i < count; ++i)
+        out[i] = static_cast<float>(even[i] + even[i + 8] + 4 * (odd[i] + odd[i + 4]) +
+                                    6 * even[i + 4]) *
+                 (1 / 65280.f);
+}
+
 // The first halving of opaque bytes in whole numbers: the weights sum to 256, so 16 bits hold it
 // exactly.
 Grid halvedBytes(const PixelBlock& block, const IRect& rect, Border border,
@@ -168,6 +197,7 @@ Grid halvedBytes(const PixelBlock& block, const IRect& rect, Border border,
         const int bytes = 4 * (right - left);
         std::vector<std::uint8_t> padded[5], nothing(static_cast<std::size_t>(bytes), 0);
         std::vector<std::uint16_t> sums(static_cast<std::size_t>(bytes) + 64);
+        std::vector<std::uint64_t> evens(rect.width() + 8), odds(rect.width() + 8);
         const auto pixelRow = [&](int y,
                                   std::vector<std::uint8_t>& scratch) -> const std::uint8_t* {
             if (y < r.bottom || y >= r.top) {
@@ -178,13 +208,8 @@ Grid halvedBytes(const PixelBlock& block, const IRect& rect, Border border,
             const auto* source = reinterpret_cast<const std::uint8_t*>(block.pixel(r.left, y));
             if (left >= r.left && right <= r.right)
                 return source + std::ptrdiff_t{4} * (left - r.left);
-            scratch.assign(static_cast<std::size_t>(bytes), 0);
-            for (int x = left; x < right; ++x) {
-                const int at = std::clamp(x, r.left, r.right - 1);
-                if (at == x || border == Border::Clamped)
-                    std::memcpy(scratch.data() + std::ptrdiff_t{4} * (x - left),
-                                source + std::ptrdiff_t{4} * (at - r.left), 4);
-            }
+            scratch.resize(static_cast<std::size_t>(bytes));
+            padRow(source, r.left, r.right, left, right, border, scratch.data());
             return scratch.data();
         };
         for (int y = first; y < last; ++y) {
@@ -195,15 +220,15 @@ Grid halvedBytes(const PixelBlock& block, const IRect& rect, Border border,
             std::uint16_t* s = sums.data();
             for (int i = 0; i < bytes; ++i)
                 s[i] = static_cast<std::uint16_t>(a[i] + e[i] + 4 * (b[i] + d[i]) + 6 * c[i]);
-            float* out = coarse.row(y);
-            for (int x = 0; x < rect.width(); ++x) {
-                const std::uint16_t* p = s + std::ptrdiff_t{8} * x;
-                float* to = out + std::ptrdiff_t{4} * x;
-                for (int k = 0; k < 4; ++k)
-                    to[k] = static_cast<float>(p[k] + p[16 + k] + 4 * (p[4 + k] + p[12 + k]) +
-                                               6 * p[8 + k]) *
-                            (1 / 65280.f);
+            // Even and odd pixels apart, so that the sum along the row runs over neighbours.
+            std::uint64_t* even = evens.data();
+            std::uint64_t* odd = odds.data();
+            for (int x = 0; x < rect.width() + 2; ++x) {
+                std::memcpy(even + x, s + std::ptrdiff_t{8} * x, 8);
+                std::memcpy(odd + x, s + std::ptrdiff_t{8} * x + 4, 8);
             }
+            halveSums(reinterpret_cast<const std::uint16_t*>(even),
+                      reinterpret_cast<const std::uint16_t*>(odd), 4 * rect.width(), coarse.row(y));
         }
     });
     return coarse;
@@ -223,28 +248,46 @@ std::vector<float> gaussianWeights(double sigma, double reach)
     return weights;
 }
 
-// out[i] = Σ weights[j]·in[i + stride·j]. Sixteen sums at a time stay in registers.
-void weightedSum(const float* in, std::ptrdiff_t stride, const std::vector<float>& weights,
-                 int count, float* out)
+// out[i] = Σ weights[j]·rows[j][i]. Four registers of sums at a time; up to that many numbers are
+// read and written past the count.
+constexpr int kSumBlock = 4 * kLanes;
+void weightedSum(const float* const* rows, const float* weights, int taps, int count, float* out)
 {
-    constexpr int kBlock = 32;
-    const int taps = static_cast<int>(weights.size());
-    int x = 0;
-    for (; x + kBlock <= count; x += kBlock) {
-        float sums[kBlock] = {};
+    for (int x = 0; x < count; x += kSumBlock) {
+        F a = 0.0f, b = 0.0f, c = 0.0f, d = 0.0f;
         for (int j = 0; j < taps; ++j) {
-            const float* p = in + x + stride * j;
-            const float w = weights[j];
-            for (int i = 0; i < kBlock; ++i)
-                sums[i] += w * p[i];
+            const float* p = rows[j] + x;
+            const F w = weights[j];
+            a += w * load(p);
+            b += w * load(p + kLanes);
+            c += w * load(p + 2 * kLanes);
+            d += w * load(p + 3 * kLanes);
         }
-        std::memcpy(out + x, sums, sizeof sums);
+        store(out + x, a);
+        store(out + x + kLanes, b);
+        store(out + x + 2 * kLanes, c);
+        store(out + x + 3 * kLanes, d);
     }
-    for (; x < count; ++x) {
-        float sum = 0;
-        for (int j = 0; j < taps; ++j)
-            sum += weights[j] * in[x + stride * j];
-        out[x] = sum;
+}
+
+// The same along one row of interleaved pixels: out[i] = Σ weights[j]·in[i + 4·j].
+void weightedSumAlong(const float* in, const std::vector<float>& weights, int count, float* out)
+{
+    const int taps = static_cast<int>(weights.size());
+    const float* w = weights.data();
+    for (int x = 0; x < count; x += kSumBlock) {
+        F a = 0.0f, b = 0.0f, c = 0.0f, d = 0.0f;
+        const float* p = in + x;
+        for (int j = 0; j < taps; ++j, p += 4) {
+            a += F(w[j]) * load(p);
+            b += F(w[j]) * load(p + kLanes);
+            c += F(w[j]) * load(p + 2 * kLanes);
+            d += F(w[j]) * load(p + 3 * kLanes);
+        }
+        store(out + x, a);
+        store(out + x + kLanes, b);
+        store(out + x + 2 * kLanes, c);
+        store(out + x + 3 * kLanes, d);
     }
 }
 
@@ -266,47 +309,138 @@ Grid summed(const Grid& source, const IRect& rect, const std::vector<float>& wei
     if (!result.values || !across.values)
         return Grid{};
     const GridReader reader(source, border);
-    parallelRows(acrossRect.bottom, acrossRect.top, 8, context.threaded(),
-                 [&](int first, int last) {
-                     std::vector<float> padded;
-                     for (int y = first; y < last; ++y)
-                         weightedSum(reader.row(y, rect.left - radius, rect.right + radius, padded),
-                                     4, weights, 4 * rect.width(), across.row(y));
-                 });
+    parallelRows(
+        acrossRect.bottom, acrossRect.top, 8, context.threaded(), [&](int first, int last) {
+            std::vector<float> padded;
+            for (int y = first; y < last; ++y)
+                weightedSumAlong(reader.row(y, rect.left - radius, rect.right + radius, padded),
+                                 weights, 4 * rect.width(), across.row(y));
+        });
     const GridReader columns(across, border);
     parallelRows(rect.bottom, rect.top, 8, context.threaded(), [&](int first, int last) {
         std::vector<float> unused;
+        std::vector<const float*> rows(weights.size());
+        std::vector<float> used(weights.size());
         for (int y = first; y < last; ++y) {
-            if (y - radius >= acrossRect.bottom && y + radius < acrossRect.top) {
-                weightedSum(across.row(y - radius), across.floatsPerRow, weights, 4 * rect.width(),
-                            result.row(y));
-                continue;
-            }
-            float* out = result.row(y);
-            std::fill_n(out, 4 * rect.width(), 0.0f);
+            int present = 0;
             for (int j = -radius; j <= radius; ++j)
-                if (const float* p = columns.row(y + j, rect.left, rect.right, unused))
-                    for (int i = 0; i < 4 * rect.width(); ++i)
-                        out[i] += weights[j + radius] * p[i];
+                if (const float* p = columns.row(y + j, rect.left, rect.right, unused)) {
+                    rows[present] = p;
+                    used[present++] = weights[j + radius];
+                }
+            weightedSum(rows.data(), used.data(), present, 4 * rect.width(), result.row(y));
         }
     });
     return result;
 }
 
-// Gives spans of a grid of the finest level.
+// Sums at full resolution. Rows summed across are kept for the rows above them, so that a tile
+// computes each only once and nothing larger than a tile is stored.
 class PlainRows : public Evaluator {
 public:
-    explicit PlainRows(Grid grid) : _grid(std::move(grid)) {}
-    void row(const Span& span, const Strip& out) const override
+    PlainRows(PixelBlockRef block, Border border, std::vector<float> weights)
+        : _block(std::move(block)), _border(border), _weights(std::move(weights)), _id(nextId())
     {
-        const float* p = _grid.row(span.y) + std::ptrdiff_t{4} * (span.x - _grid.rect.left);
-        // The buffer has room for the last lanes.
-        for (int i = 0; i < span.count; i += kLanes)
-            storePx(out, i, loadInterleaved(p + 4 * i));
     }
 
+    void row(const Span& span, const Strip& out) const override
+    {
+        const int radius = static_cast<int>(_weights.size()) / 2;
+        Kept& kept = keptRows(span);
+        std::array<const float*, Kept::kRows> rows;
+        std::array<float, Kept::kRows> weights;
+        int present = 0;
+        for (int j = -radius; j <= radius; ++j)
+            if (const float* p = rowAcross(kept, span, span.y + j)) {
+                rows[present] = p;
+                weights[present++] = _weights[j + radius];
+            }
+        alignas(32) float sums[4 * kStripWidth + kSumBlock];
+        weightedSum(rows.data(), weights.data(), present, 4 * span.count, sums);
+        for (int i = 0; i < span.count; i += kLanes)
+            storePx(out, i, loadInterleaved(sums + std::ptrdiff_t{4} * i));
+    }
+
+    static constexpr int kMaximumRadius = 12;
+
 private:
-    Grid _grid;
+    // What one thread remembers of one tile column: a ring of rows.
+    struct Kept {
+        static constexpr int kRows = 2 * kMaximumRadius + 1;
+        static constexpr int kFloats = 4 * kStripWidth + kSumBlock;
+
+        std::uint64_t id = 0;
+        int x = 0, count = 0;
+        std::array<int, kRows> y;
+        std::vector<float> floats;
+    };
+
+    static std::uint64_t nextId()
+    {
+        static std::atomic<std::uint64_t> last{0};
+        return ++last;
+    }
+
+    // A few blurs may be read in turn, as when their difference is taken.
+    Kept& keptRows(const Span& span) const
+    {
+        thread_local std::array<Kept, 4> all;
+        thread_local unsigned next = 0;
+        for (Kept& k : all)
+            if (k.id == _id && k.x == span.x && k.count == span.count)
+                return k;
+        Kept& k = all[next++ % all.size()];
+        k.id = _id;
+        k.x = span.x;
+        k.count = span.count;
+        k.y.fill(std::numeric_limits<int>::min());
+        k.floats.resize(std::size_t{Kept::kRows} * Kept::kFloats);
+        return k;
+    }
+
+    const float* rowAcross(Kept& kept, const Span& span, int y) const
+    {
+        const IRect& r = _block->rect;
+        if (y < r.bottom || y >= r.top) {
+            if (_border == Border::Transparent)
+                return nullptr;
+            y = std::clamp(y, r.bottom, r.top - 1);
+        }
+        const unsigned slot = static_cast<unsigned>(y - r.bottom) % Kept::kRows;
+        float* out = kept.floats.data() + std::size_t{slot} * Kept::kFloats;
+        if (kept.y[slot] == y)
+            return out;
+        kept.y[slot] = y;
+        const int radius = static_cast<int>(_weights.size()) / 2;
+        alignas(32) float pixels[4 * (kStripWidth + 2 * kMaximumRadius) + kSumBlock];
+        readPixels(span.x - radius, span.x + span.count + radius, y, pixels);
+        weightedSumAlong(pixels, _weights, 4 * span.count, out);
+        return out;
+    }
+
+    void readPixels(int left, int right, int y, float* out) const
+    {
+        const IRect& r = _block->rect;
+        const int first = std::clamp(r.left, left, right), last = std::clamp(r.right, first, right);
+        float* inside = out + std::ptrdiff_t{4} * (first - left);
+        if (last > first)
+            toFloats(*_block, first, last - first, y, inside);
+        const bool clamped = _border == Border::Clamped;
+        float edge[4] = {};
+        if (first > left && clamped)
+            toFloats(*_block, r.left, 1, y, edge);
+        for (int x = left; x < first; ++x)
+            std::copy_n(edge, 4, out + std::ptrdiff_t{4} * (x - left));
+        if (right > last && clamped)
+            toFloats(*_block, r.right - 1, 1, y, edge);
+        for (int x = last; x < right; ++x)
+            std::copy_n(edge, 4, out + std::ptrdiff_t{4} * (x - left));
+    }
+
+    PixelBlockRef _block;
+    Border _border;
+    std::vector<float> _weights;
+    std::uint64_t _id;
 };
 
 // Gives spans of a coarse grid through the cubic B-spline.
@@ -401,9 +535,11 @@ public:
         const PixelBlockRef block = context.pixels(_input, needed[0]);
         if (!block)
             return nullptr;
+        if (_levels == 0)
+            return std::make_shared<PlainRows>(block, _border, _weights);
         Grid grid;
         int level = 0;
-        if (_levels > 0 && block->format == PixelBlock::Format::OpaqueBytes) {
+        if (block->format == PixelBlock::Format::OpaqueBytes) {
             grid = halvedBytes(*block, needed[1], _border, context);
             level = 1;
         } else {
@@ -418,8 +554,6 @@ public:
             grid = summed(grid, blurred, _weights, _border, context);
         if (!grid.values || context.stopped())
             return nullptr;
-        if (_levels == 0)
-            return std::make_shared<PlainRows>(std::move(grid));
         return std::make_shared<SplineRows>(std::move(grid), _levels);
     }
 
@@ -440,17 +574,8 @@ private:
         if (!grid.values)
             return grid;
         parallelRows(rect.bottom, rect.top, 16, context.threaded(), [&](int first, int last) {
-            for (int y = first; y < last; ++y) {
-                float* out = grid.row(y);
-                const std::byte* p = block.pixel(rect.left, y);
-                if (block.format == PixelBlock::Format::OpaqueBytes) {
-                    const auto* bytes = reinterpret_cast<const std::uint8_t*>(p);
-                    for (int i = 0; i < 4 * rect.width(); ++i)
-                        out[i] = static_cast<float>(bytes[i]) * (1 / 255.f);
-                } else {
-                    std::memcpy(out, p, std::size_t{16} * rect.width());
-                }
-            }
+            for (int y = first; y < last; ++y)
+                toFloats(block, rect.left, rect.width(), y, grid.row(y));
         });
         return grid;
     }

@@ -48,6 +48,15 @@ enum class Border { Transparent, Clamped };
 inline namespace CIF_LANES_NAMESPACE {
 namespace detail {
 
+// Stores pixel(kernel, strip, i) for every kLanes pixels of the strip. Kernel, strip and count are
+// copied first: a store could alias the originals, and they would be read again for every pixel.
+template <class Kernel, class Pixel>
+inline void overLanes(int count, Strip strip, Kernel kernel, const Pixel& pixel)
+{
+    for (int i = 0; i < count; i += kLanes)
+        storePx(strip, i, pixel(kernel, strip, i));
+}
+
 template <class Kernel>
 class MapEvaluator : public Evaluator {
 public:
@@ -58,8 +67,8 @@ public:
     void row(const Span& span, const Strip& out) const override
     {
         _input->row(span, out);
-        for (int i = 0; i < span.count; i += kLanes)
-            storePx(out, i, _kernel(loadPx(out, i)));
+        overLanes(span.count, out, _kernel,
+                  [](const Kernel& kernel, const Strip& s, int i) { return kernel(loadPx(s, i)); });
     }
 
 private:
@@ -113,8 +122,10 @@ public:
             explicit Rows(const Kernel& k) : kernel(k) {}
             void row(const Span& span, const Strip& out) const override
             {
-                for (int i = 0; i < span.count; i += kLanes)
-                    storePx(out, i, kernel(pixelCenters(span, i)));
+                overLanes(span.count, out, kernel,
+                          [at = span](const Kernel& k, const Strip&, int i) {
+                              return k(pixelCenters(at, i));
+                          });
             }
             Kernel kernel;
         };
@@ -145,8 +156,9 @@ public:
                 const Strip other = second.strip();
                 a->row(span, out);
                 b->row(span, other);
-                for (int i = 0; i < span.count; i += kLanes)
-                    storePx(out, i, kernel(loadPx(out, i), loadPx(other, i)));
+                overLanes(span.count, out, kernel, [other](const Kernel& k, const Strip& s, int i) {
+                    return k(loadPx(s, i), loadPx(other, i));
+                });
             }
             EvaluatorRef a, b;
             Kernel kernel;
@@ -194,12 +206,17 @@ public:
             {
                 WindowSource source;
                 const std::byte* p = source.center(*block, inputExtent, span, margin, border);
+                const std::ptrdiff_t pitch = source.bytesPerRow();
                 if (block->format == PixelBlock::Format::OpaqueBytes)
-                    for (int i = 0; i < span.count; i += kLanes)
-                        storePx(out, i, kernel(ByteWindow(p + 4 * i, source.bytesPerRow())));
+                    overLanes(span.count, out, kernel,
+                              [p, pitch](const Kernel& k, const Strip&, int i) {
+                                  return k(ByteWindow(p + 4 * i, pitch));
+                              });
                 else
-                    for (int i = 0; i < span.count; i += kLanes)
-                        storePx(out, i, kernel(FloatWindow(p + 16 * i, source.bytesPerRow())));
+                    overLanes(span.count, out, kernel,
+                              [p, pitch](const Kernel& k, const Strip&, int i) {
+                                  return k(FloatWindow(p + 16 * i, pitch));
+                              });
             }
             PixelBlockRef block;
             IRect inputExtent;
@@ -234,9 +251,11 @@ public:
             }
             void row(const Span& span, const Strip& out) const override
             {
-                const auto rows = [&](const auto& sampler) {
-                    for (int i = 0; i < span.count; i += kLanes)
-                        storePx(out, i, kernel(sampler, pixelCenters(span, i)));
+                const auto rows = [&](const auto& source) {
+                    overLanes(span.count, out, kernel,
+                              [sampler = source, at = span](const Kernel& k, const Strip&, int i) {
+                                  return k(sampler, pixelCenters(at, i));
+                              });
                 };
                 if (block->format == PixelBlock::Format::OpaqueBytes)
                     rows(ByteSampler(*block, extent));

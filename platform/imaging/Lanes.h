@@ -42,7 +42,7 @@ struct F {
     FloatLanes v;
     F() = default;
     F(FloatLanes x) : v(x) {}
-    F(float x) : v(FloatLanes{} + x) {}
+    F(float x) : v(x - FloatLanes{}) {} // a plain broadcast: x − 0 is x, whatever x is
     F(double x) : F(static_cast<float>(x)) {}
     F(int x) : F(static_cast<float>(x)) {}
 
