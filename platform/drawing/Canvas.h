@@ -17,8 +17,25 @@ namespace drawing {
 using foundation::Color;
 using foundation::Size;
 
-// How a fill or image meets what is below it.
-enum class Operation { Copy, SourceOver, Clear, SourceIn, DestinationOver, Plus, Multiply };
+// How a fill or image meets what is below it. Every operation acts only inside the shape drawn.
+//   Copy             replaces it, transparency included
+//   SourceOver       lies over it
+//   Clear            leaves nothing
+//   SourceIn         replaces it where it is opaque: the source times the alpha below
+//   SourceAtop       lies over it and keeps its alpha: recolours what is there
+//   DestinationOver  lies under it
+//   Plus             adds to it, up to white
+//   Multiply         darkens it by the product
+enum class Operation {
+    Copy,
+    SourceOver,
+    Clear,
+    SourceIn,
+    SourceAtop,
+    DestinationOver,
+    Plus,
+    Multiply
+};
 
 // One finished drawing: operations in the order in which they were drawn. Immutable once made.
 struct Recording {
@@ -55,20 +72,26 @@ public:
 
     Size size() const { return _recording->size; }
 
-    // Graphics state: transform, colour.
+    // Graphics state: transform, colours. A restore without a save changes nothing.
     void save();
     void restore();
     // Prepended to the transform in force: what is drawn next goes through t first.
     void concat(const AffineTransform& t);
     const AffineTransform& matrix() const { return _state.matrix; }
     // Of fills and strokes alike.
-    void setColor(const Color& color) { _state.color = color; }
+    void setColor(const Color& color) { _state.color = _state.strokeColor = color; }
+    void setFillColor(const Color& color) { _state.color = color; }
+    void setStrokeColor(const Color& color) { _state.strokeColor = color; }
+    // Of fills.
     const Color& color() const { return _state.color; }
 
+    // By the path's own rule, width, cap and join.
     void fill(const Path& path);
     void stroke(const Path& path);
     void fillRect(const Rect& rect, Operation operation = Operation::Copy);
-    // Scales the bitmap into the rectangle.
+    void strokeRect(const Rect& rect, double lineWidth = 1);
+    // Scales the bitmap into the rectangle; one of width or height 0 draws nothing, a negative one
+    // mirrors. The fraction is an opacity, limited to 0…1.
     void drawBitmap(imaging::BitmapRef bitmap, const Rect& rect,
                     Operation operation = Operation::SourceOver, double fraction = 1);
     // Paints the current colour through the bitmap's alpha.
@@ -80,7 +103,8 @@ public:
 private:
     struct State {
         AffineTransform matrix;
-        Color color = Color::black();
+        Color color = Color::black(); // of fills, masks
+        Color strokeColor = Color::black();
     };
 
     std::shared_ptr<Recording> _recording;
@@ -93,8 +117,16 @@ private:
 foundation::Result<std::shared_ptr<imaging::Bitmap>> rasterize(const Recording& recording,
                                                                int width, int height);
 
-// Replays a drawing into a vector file in memory. `metadata` is kept in a field of the file's own
-// (PDF keywords, an SVG metadata element, an EPS comment) and may be empty.
+// Replays a drawing into a vector file in memory, its page as large as the drawing; one pixel of an
+// SVG is one point, and a line width of 0 draws a line of one point. What a format cannot express
+// (translucency in EPS, operations other than laying over in PDF and SVG) is embedded as pixels at
+// 300 to the inch. The same drawing always gives the same bytes.
+// `metadata` is JSON text kept in a field of the file's own and may be empty:
+//   PDF  the document's Keywords, "cif-recipe:" and the base64 of the text
+//   SVG  <metadata id="cif-recipe"> with the escaped text, first in the root element
+//   EPS  a header comment line "%%cif-recipe: " and the base64 of the text
+// An error when a side of the drawing is not above 0 and up to 100,000 points or the drawing
+// library is missing.
 enum class VectorFormat { Pdf, Svg, Eps };
 foundation::Result<std::string> encodeVector(const Recording& recording, VectorFormat format,
                                              const std::string& metadata);
@@ -103,6 +135,9 @@ foundation::Result<std::string> encodeVector(const Recording& recording, VectorF
 // {"op":"fill","rgba":[…],"rule":"nonzero","path":[["M",x,y],["L",x,y],["C",…],["Z"]]},
 // {"op":"stroke","rgba":[…],"width":w,"cap":"butt","join":"miter","path":[…]},
 // {"op":"image","rgba":[tint],"size":[w,h],"matrix":[a,b,c,d,tx,ty]}.
+// Widths are scaled by the square root of the transform's area factor; an image without a tint
+// counts as white with its opacity as alpha; a number that is not finite is null. Every line ends
+// with a newline.
 std::string traceOf(const Recording& recording);
 
 } // namespace drawing

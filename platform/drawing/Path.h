@@ -26,6 +26,7 @@ public:
     // An ellipse as four cubic curves, counter-clockwise from its rightmost point.
     static Path ovalInRect(const Rect& rect);
 
+    // A move directly after a move takes its place.
     void moveTo(Point p);
     // Without a current point the line starts where it ends.
     void lineTo(Point p);
@@ -34,7 +35,8 @@ public:
     void appendRect(const Rect& rect);
     void appendOvalInRect(const Rect& rect);
     // A circular arc, counter-clockwise from the start to the end angle, in degrees; a line joins
-    // the current point, if any, to its start. At most a quarter circle to a curve.
+    // the current point, if any, to its start. At most a quarter circle to a curve. The end angle
+    // counts as ahead of the start in the direction of drawing; equal angles draw no arc.
     void appendArc(Point center, double radius, double startDegrees, double endDegrees,
                    bool clockwise = false);
     void append(const Path& other);

@@ -7,6 +7,7 @@
 #include "platform/imaging/Bitmap.h"
 
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -49,6 +50,7 @@ struct PictureMetadata {
 // pictures are made once for each size asked last and kept.
 class Picture {
 public:
+    // Each answers null when handed null.
     // A bitmap picture measures its pixels unless a size in points is given.
     static PictureRef fromBitmap(imaging::BitmapRef bitmap, PictureMetadata metadata = {});
     static PictureRef fromBitmap(imaging::BitmapRef bitmap, Size size,
@@ -71,7 +73,8 @@ public:
     int pixelsWide() const;
     int pixelsHigh() const;
 
-    // The best representation's own pixels (a vector picture at its point size). Null on failure.
+    // The best representation's own pixels (a vector picture at its point size). Null on failure;
+    // why a vector picture could not be drawn is then logged.
     imaging::BitmapRef bitmap() const;
     // The whole picture drawn into width × height pixels: vectors afresh, bitmaps scaled (linear,
     // averaged when made smaller), the same object when the size is already right. Null on failure.
@@ -86,6 +89,7 @@ public:
 
 private:
     Picture() = default;
+    imaging::BitmapRef rendered(int width, int height) const;
 
     Size _size;
     imaging::BitmapRef _bitmap;
@@ -93,6 +97,7 @@ private:
     std::shared_ptr<const DeferredSource> _deferred;
     RecordingRef _recording;
     PictureMetadata _metadata;
+    mutable std::mutex _renderedLock;
     mutable imaging::BitmapRef _rendered; // last pixels made of a vector or deferred source
 };
 
