@@ -112,8 +112,14 @@ private:
     std::vector<State> _saved;
 };
 
-// Replays a drawing into pixels of the given size (the drawing is scaled to fill them). Null when
-// the drawing library is missing or memory is short; the reason is in the error.
+// Longest side of a drawing made into pixels.
+constexpr int kMaximumRasterSide = 32'767;
+
+// Replays a drawing into Rgba8 pixels of the given size (the drawing is scaled to fill them). A
+// line width of 0 draws a one-pixel line whatever the scale. Points that are not finite are left
+// out of their path, strokes and images under a transform that is not finite or flattens everything
+// are skipped, and coordinates of any size are good. An error when a side is not in
+// 1…kMaximumRasterSide, the drawing library is missing or memory is short.
 foundation::Result<std::shared_ptr<imaging::Bitmap>> rasterize(const Recording& recording,
                                                                int width, int height);
 
