@@ -65,17 +65,18 @@ std::string withOwnNumbers(const std::string& svg)
 {
     // None of these can occur in the base64 of an embedded picture.
     constexpr std::string_view kBefore[] = {"id=\"", "href=\"#", "url(#"};
+    std::size_t next[] = {0, 0, 0}; // where a name after each of them begins
     std::map<std::string, std::string> renamed;
     std::map<std::string, int> count;
     std::string out;
     std::size_t at = 0;
-    while (at < svg.size()) {
-        std::size_t name = std::string::npos;
-        for (std::string_view before : kBefore) {
-            const std::size_t found = svg.find(before, at);
-            if (found != std::string::npos)
-                name = std::min(name, found + before.size());
-        }
+    for (;;) {
+        for (int i = 0; i < 3; ++i)
+            if (next[i] <= at) {
+                const std::size_t found = svg.find(kBefore[i], at);
+                next[i] = found == std::string::npos ? found : found + kBefore[i].size();
+            }
+        const std::size_t name = *std::min_element(std::begin(next), std::end(next));
         if (name == std::string::npos)
             break;
         const std::size_t end = svg.find_first_of("\")", name);
