@@ -132,6 +132,9 @@ protected:
     // The reference picture's size, truncated, if there is one, else the numbers given.
     static PixelSize pictureSize(const PictureRef& reference, int width, int height);
 
+    // A line width that can be drawn: negative or not a number gives 0, the thinnest line.
+    static float penWidth(float width);
+
     // --- Making the picture ---
 
     // A vector picture of what drawRect draws. When there can be none, logs the text and returns
@@ -142,8 +145,9 @@ protected:
     // A bitmap picture of these bytes (RGBA); pixels that are transparent take the background
     // colour, if one is wanted. Every pixel is either opaque or transparent.
     PictureRef pictureOverBackground(std::shared_ptr<imaging::Bitmap> bitmap) const;
-    // Transparent RGBA bytes. Null when the size is not valid or memory is short.
-    static std::shared_ptr<imaging::Bitmap> makeBitmap(PixelSize size);
+    // Transparent RGBA bytes. Null, and the record of the last computation cleared, when the size is
+    // not valid or memory is short.
+    std::shared_ptr<imaging::Bitmap> makeBitmap(PixelSize size);
 
     // --- The field ---
 

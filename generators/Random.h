@@ -15,7 +15,7 @@ int randomInt();
 // to exactly 1.
 float randomUnit();
 
-// Draws since the last picture was begun on this thread.
+// Draws since the last picture was begun.
 std::uint64_t randomDraws();
 
 // Counts from 0 again; the generators' base does so when a picture is begun.

@@ -1,0 +1,224 @@
+#include "generators/GLIF_Plasma.h"
+
+#include "generators/ColorSchemes.h"
+#include "generators/Random.h"
+#include "platform/foundation/Numbers.h"
+#include "platform/imaging/Parallel.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+using namespace generators;
+
+namespace {
+
+constexpr AttributeTable kAttributes = {
+    {"GLIFSmoothness", 0, 10, 5},
+    {"GLIFResolution", 1, 20, 1},
+    {"GLIFShapesType", 0, 3, 0},
+    {"GLIFColorRangeMin", 0.0f, 1.0f, 0.0f},
+    {"GLIFColorRangeMax", 0.0f, 1.0f, 0.28f},
+};
+
+// Larger blocks are drawn as rectangles instead of being kept in a field.
+constexpr int kLargestBlockInField = 999;
+
+} // namespace
+
+GLIF_Plasma::GLIF_Plasma()
+{
+    _bNeedUpdateCashe = true;
+}
+
+const AttributeTable& GLIF_Plasma::attributeTable() const
+{
+    return kAttributes;
+}
+
+PictureRef GLIF_Plasma::GLIFOutputImageWidthHeightAttributes(const PictureRef& reference, int width,
+                                                             int height,
+                                                             const Dictionary& attributes)
+{
+    readSharedAttributes(attributes);
+    const PixelSize size = pictureSize(reference, width, height);
+    if (!size.isValid())
+        return nullptr;
+    // What a host that omits a key gets; the table above is what the editor starts with.
+    _dResolution = attributes.intValue("GLIFResolution", 5);
+    _iSmoothness = attributes.intValue("GLIFSmoothness", 3);
+    _shapesType = attributes.intValue("GLIFShapesType", 0);
+    GLIFUpdateCasheWidthHeight(attributes, size.width, size.height);
+    return _shapesType < 2 ? plasmaGenerator(reference, size.width, size.height)
+                           : plasmaSineGeneratorWidthHeight(reference, size.width, size.height);
+}
+
+PictureRef GLIF_Plasma::plasmaGenerator(const PictureRef& reference, int width, int height)
+{
+    const PixelSize size = pictureSize(reference, width, height);
+    // Drawn although a field that is only coloured again has no use for them.
+    const float c1 = randomUnit();
+    const float c2 = randomUnit();
+    const float c3 = randomUnit();
+    const float c4 = randomUnit();
+    _dResolution = std::max(_dResolution, 1);
+
+    const auto w = static_cast<float>(size.width), h = static_cast<float>(size.height);
+    if (_dResolution > kLargestBlockInField)
+        return renderBitmap(
+            size, [&](Canvas& canvas) { divideGrid(0, 0, w, h, c1, c2, c3, c4, w, h, &canvas); });
+
+    const std::shared_ptr<Bitmap> bitmap = makeBitmap(size);
+    if (!bitmap || (_bNeedUpdateCashe && !renewPrefetchBuffer(size.pixels())))
+        return nullptr;
+    if (_bNeedUpdateCashe)
+        divideGrid(0, 0, w, h, c1, c2, c3, c4, w, h, nullptr);
+    paintField(*bitmap);
+    return drawing::Picture::fromBitmap(bitmap);
+}
+
+// Corner values c1 at (x, y), c2 at (x + w, y), c3 at (x + w, y + h), c4 at (x, y + h). Each level
+// draws its own displacement before its quarters do, depth first; that order is the picture. It is
+// also what keeps the work on one thread. Without a canvas the values go to the field.
+void GLIF_Plasma::divideGrid(float x, float y, float w, float h, float c1, float c2, float c3,
+                             float c4, float totalWidth, float totalHeight, Canvas* canvas)
+{
+    const float nw = w * 0.5f;
+    const float nh = h * 0.5f;
+    const int resolution = _dResolution;
+    const auto limit = static_cast<float>(resolution);
+    const float average = (c1 + c2 + c3 + c4) * 0.25f;
+    if (w > limit || h > limit) {
+        const float displaced = average + displace(nw + nh, totalWidth, totalHeight);
+        const float mid = displaced < 0 ? 0 : displaced > 1 ? 1 : displaced;
+        const float e1 = (c1 + c2) * 0.5f;
+        const float e2 = (c2 + c3) * 0.5f;
+        const float e3 = (c3 + c4) * 0.5f;
+        const float e4 = (c4 + c1) * 0.5f;
+        divideGrid(x, y, nw, nh, c1, e1, mid, e4, totalWidth, totalHeight, canvas);
+        divideGrid(x + nw, y, nw, nh, e1, c2, e2, mid, totalWidth, totalHeight, canvas);
+        divideGrid(x + nw, y + nh, nw, nh, mid, e2, c3, e3, totalWidth, totalHeight, canvas);
+        divideGrid(x, y + nh, nw, nh, e4, mid, e3, c4, totalWidth, totalHeight, canvas);
+        return;
+    }
+
+    // Neither is negative, nor beyond the largest side of a picture.
+    const auto xi = static_cast<int>(x), yi = static_cast<int>(y);
+    if (canvas) {
+        canvas->setColor(computeColor(average, _colorRangeMin, _colorRangeMax));
+        // Cut where no picture reaches, so that no block is too large to be drawn.
+        const float side = std::min(limit + 0.5f, static_cast<float>(Bitmap::kMaximumSide));
+        canvas->fillRect({static_cast<double>(xi), static_cast<double>(yi), side, side});
+        return;
+    }
+    const auto height = static_cast<std::size_t>(totalHeight);
+    if (resolution < 2) {
+        _prefetchBuffer[xi * height + yi] = average;
+        return;
+    }
+    // Blocks reach over their cells' ends; later ones cover them.
+    const int xEnd = truncToInt(std::min<double>(x + (resolution + 0.5), totalWidth));
+    const int yEnd = truncToInt(std::min<double>(y + (resolution + 0.5), totalHeight));
+    for (int column = xi; column < xEnd; ++column)
+        std::fill(&_prefetchBuffer[column * height + yi], &_prefetchBuffer[column * height + yEnd],
+                  average);
+}
+
+float GLIF_Plasma::displace(float num, float totalWidth, float totalHeight) const
+{
+    const auto smoothness = static_cast<float>(_iSmoothness);
+    if (_shapesType == 0) {
+        const float max = smoothness * (num / (totalWidth + totalHeight));
+        const float u = randomUnit();
+        return (u - 0.5f) * max;
+    }
+    if (_shapesType == 1) {
+        const float k = num / (totalWidth + totalHeight) * smoothness;
+        const auto phase = static_cast<float>(k * (2 * std::numbers::pi));
+        const float u1 = randomUnit();
+        const float u2 = randomUnit();
+        const float angle = u2 - 0.5f + phase;
+        return static_cast<float>((u1 - 0.5f) * std::sin(static_cast<double>(angle)));
+    }
+    return 0;
+}
+
+PictureRef GLIF_Plasma::plasmaSineGeneratorWidthHeight(const PictureRef& reference, int width,
+                                                       int height)
+{
+    const PixelSize size = pictureSize(reference, width, height);
+    _dResolution = std::max(_dResolution, 1);
+    const std::shared_ptr<Bitmap> bitmap = makeBitmap(size);
+    const bool inField = _dResolution <= kLargestBlockInField;
+    if (!bitmap || (inField && _bNeedUpdateCashe && !renewPrefetchBuffer(size.pixels())))
+        return nullptr;
+    if (!_bNeedUpdateCashe && inField) {
+        paintField(*bitmap);
+        return drawing::Picture::fromBitmap(bitmap);
+    }
+
+    const int r1 = randomInt();
+    const int r2 = randomInt();
+    const int r3 = randomInt();
+    for (int k = 0; k < 512; ++k) {
+        const double t = 0.01227184630308513 * k;
+        const double wave = std::sin(t * static_cast<double>(_iSmoothness));
+        SIN[k] = truncToInt((wave + std::sin(2 * t)) * 64.0 + 128.0);
+        COS[k] = truncToInt((wave + std::sin(t * -2.0)) * 64.0 + 128.0);
+    }
+    // Blocks too large for the field are not drawn at all: the picture is transparent.
+    if (inField)
+        divideSinePlasmaA2A3A4WidthHeightBitmap(1, r1 % 255 + 1, r2 % 255 - 1, r3 % 255 - 1,
+                                                size.width, size.height, *bitmap);
+    return drawing::Picture::fromBitmap(bitmap);
+}
+
+// Blocks are as wide as the resolution, but rows advance by one and cover all but the first row of
+// the blocks above: the picture is blocky along the rows and smooth down the columns. So each row
+// keeps exactly what it computes itself, and the rows do not depend on each other.
+void GLIF_Plasma::divideSinePlasmaA2A3A4WidthHeightBitmap(int p1, int p2, int p3, int p4, int width,
+                                                          int height, Bitmap& bitmap)
+{
+    const auto sine = [this](int index) { return SIN[index & 511]; };
+    const auto cosine = [this](int index) { return COS[index & 511]; };
+    // Five table values make up a sum from -512 to 768; the division is done once for each sum.
+    constexpr int kLowest = -512, kHighest = 768;
+    std::array<double, kHighest - kLowest + 1> values;
+    for (int sum = kLowest; sum <= kHighest; ++sum) {
+        const auto value = static_cast<float>((sum + 200) / 760.0);
+        values[sum - kLowest] = std::clamp(value, 0.0f, 1.0f);
+    }
+
+    // Strips of rows, so that each column of the field is written in whole cache lines.
+    constexpr int kStrip = 64;
+    const auto computeStrip = [&](int top, int bottom) {
+        int u[kStrip], v[kStrip], base[kStrip];
+        for (int y = top; y < bottom; ++y) {
+            // Three forward and two back from row to row.
+            const int j = (p1 + 3 * y) & 511;
+            const int i = (p2 - 2 * y) & 511;
+            u[y - top] = i + p3;
+            v[y - top] = p4 - i;
+            base[y - top] = cosine(j) + cosine(i) - sine(j + i);
+        }
+        for (int x = 0; x < width; x += _dResolution) {
+            const int end = std::min(x + _dResolution, width);
+            double* column = &_prefetchBuffer[static_cast<std::size_t>(x) * height];
+            for (int y = top; y < bottom; ++y) {
+                v[y - top] -= _dResolution;
+                u[y - top] += 2 * _dResolution;
+                const int sum = sine(u[y - top]) + base[y - top] - cosine(v[y - top]);
+                column[y] = values[sum - kLowest];
+            }
+            for (int copy = x + 1; copy < end; ++copy)
+                std::copy(column + top, column + bottom,
+                          &_prefetchBuffer[static_cast<std::size_t>(copy) * height + top]);
+        }
+    };
+    const int strips = (height + kStrip - 1) / kStrip;
+    imaging::parallelRows(0, strips, 1, [&](int first, int last) {
+        for (int strip = first; strip < last; ++strip)
+            computeStrip(strip * kStrip, std::min(height, (strip + 1) * kStrip));
+    });
+    paintField(bitmap);
+}

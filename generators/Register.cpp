@@ -1,0 +1,45 @@
+// The list of generators: one line each.
+#include "generators/Register.h"
+
+#include "generators/GLIF_HilbertCurve.h"
+#include "generators/GLIF_Plasma.h"
+
+namespace generators {
+
+namespace {
+
+template <class Generator>
+std::shared_ptr<GLIFCoreObject> make()
+{
+    return std::make_shared<Generator>();
+}
+
+struct Entry {
+    std::string_view className;
+    std::shared_ptr<GLIFCoreObject> (*make)();
+};
+
+constexpr Entry kEntries[] = {
+    {"GLIF_HilbertCurve", make<GLIF_HilbertCurve>},
+    {"GLIF_Plasma", make<GLIF_Plasma>},
+};
+
+} // namespace
+
+std::shared_ptr<GLIFCoreObject> makeGenerator(std::string_view className)
+{
+    for (const Entry& entry : kEntries)
+        if (entry.className == className)
+            return entry.make();
+    return nullptr;
+}
+
+std::vector<std::string> classNames()
+{
+    std::vector<std::string> names;
+    for (const Entry& entry : kEntries)
+        names.emplace_back(entry.className);
+    return names;
+}
+
+} // namespace generators
