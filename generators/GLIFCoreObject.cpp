@@ -256,32 +256,31 @@ bool GLIFCoreObject::renewPrefetchBuffer(std::size_t count)
 
 void GLIFCoreObject::paintField(Bitmap& bitmap, double above) const
 {
-    // The field runs down the columns, the bitmap along the rows: colour a tile of columns, then
-    // turn it, so that both sides are read and written in whole cache lines.
-    constexpr int kTile = 64;
+    // The field runs down the columns, the bitmap along the rows: colour a few columns, then turn
+    // them, so that the field is read as a few streams and the bitmap written in whole cache lines.
+    constexpr int kColumns = 16, kRows = 256;
     const int width = bitmap.width(), height = bitmap.height();
     const double* field = _prefetchBuffer.get();
-    const auto paintRows = [&](int top, int bottom) {
-        std::uint32_t words[kTile][kTile];
-        for (int left = 0; left < width; left += kTile) {
-            const int columns = std::min(kTile, width - left);
-            const int rows = bottom - top;
-            for (int x = 0; x < columns; ++x) {
-                const double* values = field + static_cast<std::size_t>(left + x) * height + top;
-                computeColorsToMem(words[x], values, rows, _colorRangeMin, _colorRangeMax);
-                for (int y = 0; y < rows; ++y)
-                    words[x][y] = values[y] > above && values[y] <= 1 ? words[x][y] : 0;
-            }
-            for (int y = 0; y < rows; ++y) {
-                auto* row = bitmap.rowAs<std::uint32_t>(top + y) + left;
-                for (int x = 0; x < columns; ++x)
-                    row[x] = words[x][y];
-            }
+    const auto paintTile = [&](int left, int top) {
+        std::uint32_t words[kColumns][kRows];
+        const int columns = std::min(kColumns, width - left);
+        const int rows = std::min(kRows, height - top);
+        for (int x = 0; x < columns; ++x) {
+            const double* values = field + static_cast<std::size_t>(left + x) * height + top;
+            computeColorsToMem(words[x], values, rows, _colorRangeMin, _colorRangeMax);
+            for (int y = 0; y < rows; ++y)
+                words[x][y] = (values[y] > above) & (values[y] <= 1) ? words[x][y] : 0;
+        }
+        for (int y = 0; y < rows; ++y) {
+            auto* row = bitmap.rowAs<std::uint32_t>(top + y) + left;
+            for (int x = 0; x < columns; ++x)
+                row[x] = words[x][y];
         }
     };
-    const int strips = (height + kTile - 1) / kTile;
-    imaging::parallelRows(0, strips, 1, [&](int first, int last) {
-        for (int strip = first; strip < last; ++strip)
-            paintRows(strip * kTile, std::min(height, (strip + 1) * kTile));
+    const int stripes = (width + kColumns - 1) / kColumns;
+    imaging::parallelRows(0, stripes, 4, [&](int first, int last) {
+        for (int stripe = first; stripe < last; ++stripe)
+            for (int top = 0; top < height; top += kRows)
+                paintTile(stripe * kColumns, top);
     });
 }

@@ -145,8 +145,8 @@ protected:
     // A bitmap picture of these bytes (RGBA); pixels that are transparent take the background
     // colour, if one is wanted. Every pixel is either opaque or transparent.
     PictureRef pictureOverBackground(std::shared_ptr<imaging::Bitmap> bitmap) const;
-    // Transparent RGBA bytes. Null, and the record of the last computation cleared, when the size is
-    // not valid or memory is short.
+    // Transparent RGBA bytes. Null, and the record of the last computation cleared, when the size
+    // is not valid or memory is short.
     std::shared_ptr<imaging::Bitmap> makeBitmap(PixelSize size);
 
     // --- The field ---

@@ -77,51 +77,64 @@ PictureRef GLIF_Plasma::plasmaGenerator(const PictureRef& reference, int width, 
     return drawing::Picture::fromBitmap(bitmap);
 }
 
+// One undivided cell, in the mean of its corners.
+inline void GLIF_Plasma::fillCell(float x, float y, float c1, float c2, float c3, float c4,
+                                  float totalWidth, float totalHeight, Canvas* canvas)
+{
+    const float average = (c1 + c2 + c3 + c4) * 0.25f;
+    // Neither is negative, nor beyond the largest side of a picture.
+    const auto xi = static_cast<int>(x), yi = static_cast<int>(y);
+    if (canvas) {
+        canvas->setColor(computeColor(average, _colorRangeMin, _colorRangeMax));
+        // Cut where no picture reaches, so that no block is too large to be drawn.
+        const float side = std::min(static_cast<float>(_dResolution) + 0.5f,
+                                    static_cast<float>(Bitmap::kMaximumSide));
+        canvas->fillRect({static_cast<double>(xi), static_cast<double>(yi), side, side});
+        return;
+    }
+    const auto height = static_cast<std::size_t>(totalHeight);
+    double* column = &_prefetchBuffer[xi * height];
+    if (_dResolution < 2) {
+        column[yi] = average;
+        return;
+    }
+    // Blocks reach over their cells' ends; later ones cover them.
+    const int xEnd = truncToInt(std::min<double>(x + (_dResolution + 0.5), totalWidth));
+    const int yEnd = truncToInt(std::min<double>(y + (_dResolution + 0.5), totalHeight));
+    for (int left = xi; left < xEnd; ++left, column += height)
+        std::fill(column + yi, column + yEnd, average);
+}
+
 // Corner values c1 at (x, y), c2 at (x + w, y), c3 at (x + w, y + h), c4 at (x, y + h). Each level
 // draws its own displacement before its quarters do, depth first; that order is the picture. It is
 // also what keeps the work on one thread. Without a canvas the values go to the field.
 void GLIF_Plasma::divideGrid(float x, float y, float w, float h, float c1, float c2, float c3,
                              float c4, float totalWidth, float totalHeight, Canvas* canvas)
 {
+    const auto limit = static_cast<float>(_dResolution);
+    if (!(w > limit || h > limit))
+        return fillCell(x, y, c1, c2, c3, c4, totalWidth, totalHeight, canvas);
+
     const float nw = w * 0.5f;
     const float nh = h * 0.5f;
-    const int resolution = _dResolution;
-    const auto limit = static_cast<float>(resolution);
     const float average = (c1 + c2 + c3 + c4) * 0.25f;
-    if (w > limit || h > limit) {
-        const float displaced = average + displace(nw + nh, totalWidth, totalHeight);
-        const float mid = displaced < 0 ? 0 : displaced > 1 ? 1 : displaced;
-        const float e1 = (c1 + c2) * 0.5f;
-        const float e2 = (c2 + c3) * 0.5f;
-        const float e3 = (c3 + c4) * 0.5f;
-        const float e4 = (c4 + c1) * 0.5f;
-        divideGrid(x, y, nw, nh, c1, e1, mid, e4, totalWidth, totalHeight, canvas);
-        divideGrid(x + nw, y, nw, nh, e1, c2, e2, mid, totalWidth, totalHeight, canvas);
-        divideGrid(x + nw, y + nh, nw, nh, mid, e2, c3, e3, totalWidth, totalHeight, canvas);
-        divideGrid(x, y + nh, nw, nh, e4, mid, e3, c4, totalWidth, totalHeight, canvas);
-        return;
-    }
-
-    // Neither is negative, nor beyond the largest side of a picture.
-    const auto xi = static_cast<int>(x), yi = static_cast<int>(y);
-    if (canvas) {
-        canvas->setColor(computeColor(average, _colorRangeMin, _colorRangeMax));
-        // Cut where no picture reaches, so that no block is too large to be drawn.
-        const float side = std::min(limit + 0.5f, static_cast<float>(Bitmap::kMaximumSide));
-        canvas->fillRect({static_cast<double>(xi), static_cast<double>(yi), side, side});
-        return;
-    }
-    const auto height = static_cast<std::size_t>(totalHeight);
-    if (resolution < 2) {
-        _prefetchBuffer[xi * height + yi] = average;
-        return;
-    }
-    // Blocks reach over their cells' ends; later ones cover them.
-    const int xEnd = truncToInt(std::min<double>(x + (resolution + 0.5), totalWidth));
-    const int yEnd = truncToInt(std::min<double>(y + (resolution + 0.5), totalHeight));
-    for (int column = xi; column < xEnd; ++column)
-        std::fill(&_prefetchBuffer[column * height + yi], &_prefetchBuffer[column * height + yEnd],
-                  average);
+    const float displaced = average + displace(nw + nh, totalWidth, totalHeight);
+    const float mid = displaced < 0 ? 0 : displaced > 1 ? 1 : displaced;
+    const float e1 = (c1 + c2) * 0.5f;
+    const float e2 = (c2 + c3) * 0.5f;
+    const float e3 = (c3 + c4) * 0.5f;
+    const float e4 = (c4 + c1) * 0.5f;
+    const auto quarter = [&](float left, float bottom, float q1, float q2, float q3, float q4) {
+        // Three of four calls would only fill a cell: do it here.
+        if (nw > limit || nh > limit)
+            divideGrid(left, bottom, nw, nh, q1, q2, q3, q4, totalWidth, totalHeight, canvas);
+        else
+            fillCell(left, bottom, q1, q2, q3, q4, totalWidth, totalHeight, canvas);
+    };
+    quarter(x, y, c1, e1, mid, e4);
+    quarter(x + nw, y, e1, c2, e2, mid);
+    quarter(x + nw, y + nh, mid, e2, c3, e3);
+    quarter(x, y + nh, e4, mid, e3, c4);
 }
 
 float GLIF_Plasma::displace(float num, float totalWidth, float totalHeight) const

@@ -21,6 +21,8 @@ private:
     PictureRef plasmaSineGeneratorWidthHeight(const PictureRef& reference, int width, int height);
     void divideGrid(float x, float y, float w, float h, float c1, float c2, float c3, float c4,
                     float totalWidth, float totalHeight, Canvas* canvas);
+    void fillCell(float x, float y, float c1, float c2, float c3, float c4, float totalWidth,
+                  float totalHeight, Canvas* canvas);
     float displace(float num, float totalWidth, float totalHeight) const;
     void divideSinePlasmaA2A3A4WidthHeightBitmap(int p1, int p2, int p3, int p4, int width,
                                                  int height, generators::Bitmap& bitmap);
