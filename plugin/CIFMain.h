@@ -150,6 +150,7 @@ private:
     std::string _currFilterName;
     std::unique_ptr<imaging::Filter> _CIFilterInstance;
     std::shared_ptr<GLIFCoreObject> _GLIFGeneratorInstance;
+    std::string _GLIFGeneratorName; // its class
     PictureRef _outputImage;
     bool _isSelected = false;
     Rect _selectionRect;

@@ -18,11 +18,12 @@ std::filesystem::path resourceFolder();
 std::optional<std::filesystem::path> resourcePath(std::string_view name, std::string_view type,
                                                   std::string_view subfolder = {});
 
-// The translation of the key in the default string table of the user's language, or the key itself.
+// The translation of the key in the string tables of the user's languages, else its English text,
+// which is the key itself but for a few long ones.
 std::string localizedString(std::string_view key);
 
-// Forces a language ("de", "fr_CA", …; "en" or "C" for the keys themselves); "" follows the locale
-// of the environment again (LANGUAGE, LC_ALL, LC_MESSAGES, LANG).
+// Forces a language ("de", "fr_CA", …; "en" or "C" for the English texts); "" follows the locale of
+// the environment again (LANGUAGE, LC_ALL, LC_MESSAGES, LANG), as it stands at the time.
 void setLanguage(std::string_view language);
 
 } // namespace foundation
