@@ -8,8 +8,6 @@
 #include "platform/foundation/Log.h"
 #include "plugin/Catalogue.h"
 
-#include <format>
-
 namespace {
 
 using foundation::Array;
@@ -45,8 +43,8 @@ DictionaryRef entryAt(const ArrayRef& catalogue, int entry, int category)
     return list(categoryAt(catalogue, category)).at(static_cast<std::size_t>(entry)).dictionary();
 }
 
-// The entry at a flat position with the category that holds it; nulls on a separator slot and past the
-// end.
+// The entry at a flat position with the category that holds it; nulls on a separator slot and past
+// the end.
 struct Place {
     DictionaryRef entry, category;
 };
@@ -92,8 +90,8 @@ CIFMain::~CIFMain() = default;
 void CIFMain::CIFSetEffectsSet(std::uint32_t set)
 {
     if (set >= _effectsList.size()) {
-        foundation::log(
-            std::format("CIF Effects Set {} Not Supported", static_cast<std::int32_t>(set)));
+        foundation::log("CIF Effects Set " + std::to_string(static_cast<std::int32_t>(set)) +
+                        " Not Supported");
         return;
     }
     _currEffectsSet = set;
@@ -178,8 +176,8 @@ std::string CIFMain::CIFCategoryNameWithinFilterNameAtIndex(std::int32_t index) 
 {
     std::int32_t position = 0;
     for (int category = 0;; ++category) {
-        // Fetched before the test: an index that is no separator slot runs past the last category and
-        // throws, and so does the place after the last one.
+        // Fetched before the test: an index that is no separator slot runs past the last category
+        // and throws, and so does the place after the last one.
         std::string next = CIFCategoryNameAtIndex(category + 1);
         position += CIFFilterCountForCategoryAtIndex(category);
         if (index == position)
@@ -270,6 +268,6 @@ std::shared_ptr<GLIFCoreObject> CIFMain::GLIFSmartInstanceFromName(std::string_v
     _GLIFGeneratorInstance = generators::makeGenerator(name);
     _GLIFGeneratorName = name;
     if (!_GLIFGeneratorInstance)
-        foundation::log(std::format("can't instantiate class '{}'", name));
+        foundation::log("can't instantiate class '" + std::string(name) + "'");
     return _GLIFGeneratorInstance;
 }

@@ -136,11 +136,17 @@ private:
     static ArrayRef initCIFList();
     static ArrayRef initGLIFList();
 
+    // Which source a generator-type filter is added onto when the call repeats picture and name.
+    enum class RepeatedSource { WorkingSize, PointSize };
+
     // The half that both application operations share: sets up source and filter and asks for the
     // output. False when there is no filter or no usable picture.
     bool beginApplication(Application& application, std::string_view name,
-                          const Dictionary& attributes, const PictureRef& picture);
+                          const Dictionary& attributes, const PictureRef& picture,
+                          RepeatedSource repeatedSource);
     Image rasterized(const PictureRef& picture, int width, int height);
+    // Of _currImage; made when first asked for.
+    Image pointSizeImage();
 
     std::vector<ArrayRef> _effectsList; // filter catalogue, generator catalogue
     std::uint32_t _currEffectsSet = 0;

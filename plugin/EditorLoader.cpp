@@ -1,0 +1,110 @@
+// Opens the editor's module, and the entry points through which a host runs it.
+#include "plugin/EditorLoader.h"
+
+#include "platform/drawing/Picture.h"
+#include "platform/foundation/Log.h"
+#include "plugin/CIFMain.h"
+
+#include <dlfcn.h>
+#include <system_error>
+#include <utility>
+
+namespace fs = std::filesystem;
+
+using foundation::PictureRef;
+using foundation::Rect;
+
+namespace plugin {
+
+namespace {
+
+struct Loaded {
+    fs::path chosen; // by setEditorModule
+    ImageEditor* editor = nullptr;
+};
+
+Loaded& loaded()
+{
+    static Loaded state;
+    return state;
+}
+
+// Beside the library, whose variants for other instruction sets lie two folders further down.
+fs::path moduleBesideLibrary()
+{
+    Dl_info info{};
+    if (!dladdr(reinterpret_cast<void*>(&sharedImageEditor), &info) || !info.dli_fname)
+        return {};
+    std::error_code error;
+    fs::path folder = fs::canonical(info.dli_fname, error).parent_path();
+    for (int i = 0; i < 3 && !folder.empty(); ++i, folder = folder.parent_path())
+        if (fs::path file = folder / "CoreImageFilterEditor.so"; fs::exists(file, error))
+            return file;
+    return {};
+}
+
+} // namespace
+
+ImageEditor* sharedImageEditor()
+{
+    if (loaded().editor)
+        return loaded().editor;
+    const fs::path file = loaded().chosen.empty() ? moduleBesideLibrary() : loaded().chosen;
+    if (file.empty())
+        return nullptr;
+    // Never closed: the editor belongs to the process.
+    void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* symbol = module ? dlsym(module, kSharedImageEditorSymbol) : nullptr;
+    if (symbol)
+        loaded().editor = reinterpret_cast<SharedImageEditorFunction>(symbol)(kImageEditorVersion);
+    return loaded().editor;
+}
+
+void setEditorModule(fs::path file)
+{
+    loaded() = {std::move(file), nullptr};
+}
+
+} // namespace plugin
+
+namespace {
+
+Rect inSinglePrecision(const Rect& rect)
+{
+    const auto single = [](double v) { return static_cast<double>(static_cast<float>(v)); };
+    return {single(rect.x), single(rect.y), single(rect.width), single(rect.height)};
+}
+
+} // namespace
+
+bool CIFMain::CIFShowDialogUseSelectionWithRectSourceSize(const PictureRef& picture,
+                                                          bool useSelection, Rect rect, Size)
+{
+    plugin::ImageEditor* editor = plugin::sharedImageEditor();
+    if (!editor) {
+        foundation::log("Can't load image editor");
+        return false;
+    }
+    const bool accepted = editor->startEditorUseSelectionWithRect(picture, useSelection, rect);
+    _outputImage = editor->outputImage();
+    _isSelected = editor->isSelected();
+    _selectionRect = inSinglePrecision(editor->getSelectedRect());
+    return accepted;
+}
+
+bool CIFMain::CIFShowDialogUseSelectionWithRect(const PictureRef& picture, bool useSelection,
+                                                Rect rect)
+{
+    return CIFShowDialogUseSelectionWithRectSourceSize(picture, useSelection, rect,
+                                                       picture ? picture->size() : Size());
+}
+
+bool CIFMain::GLIFShowDialogWithRect(const PictureRef& picture, Rect rect)
+{
+    plugin::ImageEditor* editor = plugin::sharedImageEditor();
+    if (!editor)
+        return false;
+    const bool accepted = editor->startGeneratorWithRect(picture, rect);
+    _outputImage = editor->outputImage();
+    return accepted;
+}

@@ -1,0 +1,45 @@
+// The editor as the plug-in object sees it. It lives in a module of its own beside the library,
+// which is opened when a host first asks for a window.
+#pragma once
+
+#include "platform/foundation/Geometry.h"
+#include "platform/foundation/Value.h"
+
+#include <cstdint>
+#include <filesystem>
+
+namespace plugin {
+
+class ImageEditor {
+public:
+    // startEditor:useSelection:withRect: — modal, on a picture; true when the user accepted.
+    virtual bool startEditorUseSelectionWithRect(const foundation::PictureRef& picture,
+                                                 bool useSelection, foundation::Rect rect) = 0;
+    // startGenerator:withRect: — the same for a new picture; a null one is a blank of the
+    // rectangle's size.
+    virtual bool startGeneratorWithRect(const foundation::PictureRef& picture,
+                                        foundation::Rect rect) = 0;
+    // What the last run made, and for which part of the picture.
+    virtual foundation::PictureRef outputImage() const = 0;
+    virtual bool isSelected() const = 0;
+    virtual foundation::Rect getSelectedRect() const = 0;
+
+protected:
+    ~ImageEditor() = default;
+};
+
+// What the module exports: the one editor of the process, which it owns. Null when there can be
+// none (no display) or when it was built for another version of this interface.
+inline constexpr const char* kSharedImageEditorSymbol = "CIFSharedImageEditor";
+inline constexpr std::uint32_t kImageEditorVersion = 1;
+using SharedImageEditorFunction = ImageEditor* (*)(std::uint32_t version);
+
+// + sharedImageEditor — null when there is no editor. A missing module is looked for again next
+// time.
+ImageEditor* sharedImageEditor();
+
+// Opens this module instead of CoreImageFilterEditor.so beside the library; empty for that one
+// again.
+void setEditorModule(std::filesystem::path file);
+
+} // namespace plugin
