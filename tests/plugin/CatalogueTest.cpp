@@ -1,9 +1,9 @@
 // The catalogues and the lookups on them, as a host meets them.
+#include "plugin/Catalogue.h"
 #include "Support.h"
 #include "generators/GLIFCoreObject.h"
 #include "platform/foundation/Bundle.h"
 #include "plugin/CIFMain.h"
-#include "plugin/Catalogue.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -88,8 +88,8 @@ TEST_F(Catalogue, HasItsNewerAndItsOlderForm)
     Strings names;
     for (int i = 0; i < 9; ++i)
         names.push_back(main.CIFCategoryNameAtIndex(i));
-    EXPECT_THAT(names, ElementsAre("Crop", "Color", "Focus", "Distortion", "Style", "Halftone", "Tile",
-                                   "Lumine", "Overlap"));
+    EXPECT_THAT(names, ElementsAre("Crop", "Color", "Focus", "Distortion", "Style", "Halftone",
+                                   "Tile", "Lumine", "Overlap"));
 
     const auto older = withVersion(948.99);
     EXPECT_THAT(countsOf(*older), ElementsAre(2, 12, 6, 12, 10, 5, 5, 4, 3));
@@ -185,16 +185,15 @@ TEST_F(Catalogue, GivesEachEntryItsStyleAndAnIdentifierOfItsOwn)
 
 TEST_F(Catalogue, HoldsTellingRows)
 {
-    EXPECT_EQ(*main.CIFDescriptorForFilterName("Crop"),
-              (Dictionary{{"CIFFilterName", "Crop"},
-                          {"CIFFilterIdentifier", "Crop"},
-                          {"CIFFilterIcon", "CropIcon"},
-                          {"CIFFilterDefValue1", 0},
-                          {"CIFFilterDefValue2", 0},
-                          {"CIFFilterDefValue3", 0},
-                          {"CIFFilterMaxValue", 0},
-                          {"CIFTag", 1},
-                          {"CIFFilterStyle", 255}}));
+    EXPECT_EQ(*main.CIFDescriptorForFilterName("Crop"), (Dictionary{{"CIFFilterName", "Crop"},
+                                                                    {"CIFFilterIdentifier", "Crop"},
+                                                                    {"CIFFilterIcon", "CropIcon"},
+                                                                    {"CIFFilterDefValue1", 0},
+                                                                    {"CIFFilterDefValue2", 0},
+                                                                    {"CIFFilterDefValue3", 0},
+                                                                    {"CIFFilterMaxValue", 0},
+                                                                    {"CIFTag", 1},
+                                                                    {"CIFFilterStyle", 255}}));
     EXPECT_EQ(*main.CIFDescriptorForFilterName("CIBarsSwipeTransition"),
               (Dictionary{{"CIFFilterName", "Bars Swipe Transition"},
                           {"CIFFilterIdentifier", "CIBarsSwipeTransition"},
@@ -269,7 +268,8 @@ TEST_F(Catalogue, ThrowsForPositionsOutOfRange)
     EXPECT_THROW(main.CIFFilterCountForCategoryAtIndex(9), std::out_of_range);
 }
 
-// The flat list is nothing but the categories in a row, with a slot after each that answers nothing.
+// The flat list is nothing but the categories in a row, with a slot after each that answers
+// nothing.
 TEST_F(Catalogue, CountsFlatIndicesOverCategoriesAndSeparators)
 {
     for (const std::uint32_t set : {0u, 1u})
@@ -298,8 +298,8 @@ TEST_F(Catalogue, CountsFlatIndicesOverCategoriesAndSeparators)
                     }
                 }
             }
-            EXPECT_EQ(static_cast<int>(slots.size()), skip ? main.CIFFilterCount()
-                                                           : main.CIFFilterCountBySkipCategory());
+            EXPECT_EQ(static_cast<int>(slots.size()),
+                      skip ? main.CIFFilterCount() : main.CIFFilterCountBySkipCategory());
             EXPECT_EQ(main.CIFAllFilterIdentifiers(), identifiers);
             slots.resize(slots.size() + 4);
             for (std::uint32_t i = 0; i < slots.size(); ++i) {
@@ -308,12 +308,14 @@ TEST_F(Catalogue, CountsFlatIndicesOverCategoriesAndSeparators)
                           slots[i].identifier);
                 const auto d = main.CIFFilterDescAtIndexSkipCategories(i, skip);
                 ASSERT_EQ(bool(d), slots[i].name.has_value()) << i;
-                if (d)
+                if (d) {
                     EXPECT_EQ(*d, (Dictionary{{"filterName", *slots[i].name},
                                               {"filterCategory", slots[i].category}}));
-                if (!skip && (slots[i].name || i + 4 >= slots.size()))
+                }
+                if (!skip && (slots[i].name || i + 4 >= slots.size())) {
                     EXPECT_THROW(main.CIFCategoryNameWithinFilterNameAtIndex(int(i)),
                                  std::out_of_range);
+                }
             }
             EXPECT_FALSE(main.CIFFilterNameAtIndexSkipCategories(0xffffffffu, skip));
             EXPECT_THROW(main.CIFCategoryNameWithinFilterNameAtIndex(-1), std::out_of_range);
@@ -421,8 +423,9 @@ TEST_F(Catalogue, NamesOnlyWhatCanBeMade)
         main.CIFSetEffectsSet(set);
         for (const DictionaryRef& d : allDescriptors(main)) {
             const std::string id = d->stringValue("CIFFilterIdentifier");
-            if (id != "Crop" && !d->contains("DESC_LIST"))
+            if (id != "Crop" && !d->contains("DESC_LIST")) {
                 EXPECT_TRUE(main.CIFQueryInputKeysForFilter(id)) << id;
+            }
         }
     }
 }

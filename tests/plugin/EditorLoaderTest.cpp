@@ -1,8 +1,8 @@
 // The editor's entry points, with a module in its place and without one.
+#include "plugin/EditorLoader.h"
 #include "Support.h"
 #include "platform/drawing/Picture.h"
 #include "plugin/CIFMain.h"
-#include "plugin/EditorLoader.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
-// A module in the editor's place: it accepts whatever it is given and answers with something telling.
+// A module in the editor's place: it accepts whatever it is given and answers with something
+// telling.
 #include "platform/drawing/Picture.h"
 #include "plugin/EditorLoader.h"
 

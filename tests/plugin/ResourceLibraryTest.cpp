@@ -1,9 +1,9 @@
 // The content library: where it is, what its folders list and which file a name means.
+#include "plugin/ResourceLibrary.h"
 #include "Support.h"
 #include "platform/codecs/Codecs.h"
 #include "platform/drawing/Picture.h"
 #include "plugin/CIFMain.h"
-#include "plugin/ResourceLibrary.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -47,7 +47,8 @@ TEST_F(ResourceLibrary, ListsThePicturesOfAFolder)
     EXPECT_THAT(main.CIFShadingMaterialNames(), Optional(ElementsAre()));
     for (const char* name : {"b.tiff", "a.tif", "B.jpeg", "two.parts.jpg", "\xc3\xa4.jpg"})
         folder.write(std::filesystem::path("Brushes") / name, "");
-    EXPECT_THAT(main.CIFBrushNames(), Optional(ElementsAre("B", "a", "b", "two.parts", "\xc3\xa4")));
+    EXPECT_THAT(main.CIFBrushNames(),
+                Optional(ElementsAre("B", "a", "b", "two.parts", "\xc3\xa4")));
 
     std::filesystem::create_directories(folder.path() / "Empty");
     EXPECT_FALSE(main.resourceContentDirectoryAtPath((folder.path() / "Empty").string()));
@@ -89,7 +90,8 @@ TEST_F(ResourceLibrary, LoadsTheFirstTypeThatCanBeReadAndKeepsIt)
 TEST_F(ResourceLibrary, LiesWhereTheEnvironmentSays)
 {
     EXPECT_EQ(CIFMain::sharedContentLibraryPath(), folder.path().string());
-    EXPECT_EQ(CIFMain::sharedGlassTexturesPath(), folder.path().string() + "/Textures/Glass Textures");
+    EXPECT_EQ(CIFMain::sharedGlassTexturesPath(),
+              folder.path().string() + "/Textures/Glass Textures");
     EXPECT_EQ(CIFMain::sharedShadingMaterialsPath(),
               folder.path().string() + "/Textures/Shading Materials");
     EXPECT_EQ(CIFMain::sharedBrushTexturesPath(), folder.path().string() + "/Brushes");

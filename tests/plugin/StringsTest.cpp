@@ -45,8 +45,7 @@ protected:
 
     void install(const std::string& language, const std::string& table) const
     {
-        folder.write(std::filesystem::path("locale") / language /
-                         "LC_MESSAGES/CoreImageFilter.mo",
+        folder.write(std::filesystem::path("locale") / language / "LC_MESSAGES/CoreImageFilter.mo",
                      table);
     }
 
@@ -60,7 +59,8 @@ protected:
 
 TEST_F(StringTables, FallBackFromPlaceToLanguageToEnglishToKey)
 {
-    install("de", compiledTable({{"", "Language: de\n"}, {"Triangles", "Dreiecke"}, {"Street", "Straße"}}));
+    install("de", compiledTable(
+                      {{"", "Language: de\n"}, {"Triangles", "Dreiecke"}, {"Street", "Straße"}}));
     install("de_CH", compiledTable({{"Street", "Strasse"}}, true));
     install("en", compiledTable({{"link", "<b>Link</b>"}}));
 

@@ -67,7 +67,8 @@ class LogLines {
 public:
     LogLines()
     {
-        _former = foundation::setLogSink([this](std::string_view line) { lines.emplace_back(line); });
+        _former =
+            foundation::setLogSink([this](std::string_view line) { lines.emplace_back(line); });
     }
     ~LogLines() { foundation::setLogSink(std::move(_former)); }
     LogLines(const LogLines&) = delete;
