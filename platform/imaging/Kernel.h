@@ -1,8 +1,9 @@
 // How a formula becomes an image: one function for each kind of node.
 //
-//   mapColor(image, f)               Rgb f(Rgb)                   one pixel's unpremultiplied
-//   colour mapPixels(image, f)              Px f(Px)                     one pixel, premultiplied
+//   mapColor(image, f)               Rgb f(Rgb)                   one pixel's unpremultiplied colour
+//   mapPixels(image, f)              Px f(Px)                     one pixel, premultiplied
 //   generate(f)                      Px f(Coord)                  position alone; infinite
+//   generatePixels(f)                Px f(I column, int row)      the same, by whole pixels
 //   combine(a, b, extent, f)         Px f(Px, Px)                 the same pixel of two images
 //   neighborhood(image, margin, f)   Px f(const auto& window)     pixels up to `margin` away
 //   warp(image, extent, reach, f)    Px f(const auto& image, Coord)   samples anywhere
@@ -126,6 +127,28 @@ public:
                           [at = span](const Kernel& k, const Strip&, int i) {
                               return k(pixelCenters(at, i));
                           });
+            }
+            Kernel kernel;
+        };
+        return std::make_shared<Rows>(_kernel);
+    }
+
+private:
+    Kernel _kernel;
+};
+
+template <class Kernel>
+class GeneratePixelsNode : public Node {
+public:
+    explicit GeneratePixelsNode(const Kernel& kernel) : Node(IRect::plane()), _kernel(kernel) {}
+    EvaluatorRef prepare(const IRect&, RenderContext&) const override
+    {
+        struct Rows : Evaluator {
+            explicit Rows(const Kernel& k) : kernel(k) {}
+            void row(const Span& span, const Strip& out) const override
+            {
+                for (int i = 0; i < span.count; i += kLanes)
+                    storePx(out, i, kernel(I(span.x + i) + iotaInts(), span.y));
             }
             Kernel kernel;
         };
@@ -298,6 +321,13 @@ template <class Kernel>
 Image generate(const Kernel& kernel)
 {
     return Image(std::make_shared<detail::GenerateNode<Kernel>>(kernel));
+}
+
+// By the pixel's own column and row: exact however far from the origin.
+template <class Kernel>
+Image generatePixels(const Kernel& kernel)
+{
+    return Image(std::make_shared<detail::GeneratePixelsNode<Kernel>>(kernel));
 }
 
 // A missing image counts as a transparent one; both missing give a missing image.

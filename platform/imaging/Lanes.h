@@ -248,6 +248,14 @@ inline F iota()
     return r;
 }
 
+inline I iotaInts()
+{
+    I r;
+    for (int k = 0; k < kLanes; ++k)
+        r.v[k] = k;
+    return r;
+}
+
 inline F frac(F x)
 {
     return x - floor(x);
