@@ -43,6 +43,43 @@ inline Cell cellOf(const Coord& at, const IRect& rect)
     return c;
 }
 
+// A position as its four pixels in an image that repeats without end, and the weights beyond the
+// lower left one.
+struct WrappedCell {
+    I x0, x1, y0, y1;
+    F tx, ty;
+};
+
+inline void wrapAxis(double anchor, F offset, int blockStart, int size, I& low, I& high, F& part)
+{
+    const double relative = anchor - blockStart - 0.5;
+    const bool known = relative > -1e15 && relative < 1e15;
+    const double base = known ? std::floor(relative) : 0;
+    const double rest = known ? relative - base : 0;
+    const F at = offset + F(static_cast<float>(rest));
+    const F down = floor(at);
+    part = at - down;
+    // Whole repeats are taken off the anchor in double precision, off the rest in single precision;
+    // the quotients may be one too large or too small.
+    const double inFirst = base - size * std::floor(base / size);
+    const I whole = toInt(clamp(down, -1e9f, 1e9f)) + I(static_cast<int>(inFirst));
+    const I turns = toInt(floor(toFloat(whole) * F(1.0f / static_cast<float>(size))));
+    I x = whole - turns * I(size);
+    x = select(x < I(0), x + I(size), x);
+    x = select(x < I(size), x, x - I(size));
+    low = min(max(x, I(0)), I(size - 1));
+    const I next = low + I(1);
+    high = select(next < I(size), next, I(0));
+}
+
+inline WrappedCell wrappedCellOf(const Coord& at, const IRect& rect)
+{
+    WrappedCell c;
+    wrapAxis(at.anchor.x, at.offset.x, rect.left, rect.width(), c.x0, c.x1, c.tx);
+    wrapAxis(at.anchor.y, at.offset.y, rect.bottom, rect.height(), c.y0, c.y1, c.ty);
+    return c;
+}
+
 // Negative in every lane whose value is not in 0 … last.
 inline I outside(I v, int last)
 {
@@ -108,6 +145,28 @@ public:
     }
     // The same of the image whose border pixels go on for ever.
     Px clamped(const Coord& at) const { return (*this)(limited(at)); }
+    // The same of the image repeated over the plane: the right neighbour of the last column is the
+    // first. The whole image, which is not empty, must have been reached for.
+    Px wrapped(const Coord& at) const
+    {
+        const detail::WrappedCell c = detail::wrappedCellOf(at, _rect);
+        const I low = c.y0 * I(_pitch), high = c.y1 * I(_pitch);
+        I i00, i10, i01, i11;
+        if (all(c.x0 < c.x1)) [[likely]] {
+            loadNeighbours(_pixels, low + c.x0, i00, i10);
+            loadNeighbours(_pixels, high + c.x0, i01, i11);
+        } else {
+            const auto load = [&](I index) {
+                I v;
+                for (int k = 0; k < kLanes; ++k)
+                    v.v[k] = static_cast<int>(_pixels[index.v[k]]);
+                return v;
+            };
+            i00 = load(low + c.x0), i10 = load(low + c.x1);
+            i01 = load(high + c.x0), i11 = load(high + c.x1);
+        }
+        return blend(i00, i10, i01, i11, c.tx, c.ty);
+    }
 
 private:
     static Px blend(I i00, I i10, I i01, I i11, F tx, F ty)
@@ -180,6 +239,24 @@ public:
         return loadInterleaved(mixed);
     }
     Px clamped(const Coord& at) const { return (*this)(limited(at)); }
+    Px wrapped(const Coord& at) const
+    {
+        const detail::WrappedCell c = detail::wrappedCellOf(at, _rect);
+        alignas(32) float mixed[4 * kLanes];
+        for (int k = 0; k < kLanes; ++k) {
+            const auto pixel = [&](I x, I y) {
+                Float4 p;
+                std::memcpy(&p, _pixels + 4 * (y.v[k] * _pitch + x.v[k]), 16);
+                return p;
+            };
+            const Float4 p00 = pixel(c.x0, c.y0), p01 = pixel(c.x0, c.y1);
+            const Float4 low = p00 + (pixel(c.x1, c.y0) - p00) * c.tx.v[k];
+            const Float4 high = p01 + (pixel(c.x1, c.y1) - p01) * c.tx.v[k];
+            const Float4 both = low + (high - low) * c.ty.v[k];
+            std::memcpy(mixed + 4 * k, &both, 16);
+        }
+        return loadInterleaved(mixed);
+    }
 
 private:
     Float4 checked(int x, int y) const
