@@ -1,12 +1,14 @@
 // How a formula becomes an image: one function for each kind of node.
 //
-//   mapColor(image, f)               Rgb f(Rgb)                   one pixel's unpremultiplied colour
-//   mapPixels(image, f)              Px f(Px)                     one pixel, premultiplied
+//   mapColor(image, f)               Rgb f(Rgb)                   one pixel's unpremultiplied
+//   colour mapPixels(image, f)              Px f(Px)                     one pixel, premultiplied
 //   generate(f)                      Px f(Coord)                  position alone; infinite
 //   generatePixels(f)                Px f(I column, int row)      the same, by whole pixels
 //   combine(a, b, extent, f)         Px f(Px, Px)                 the same pixel of two images
 //   neighborhood(image, margin, f)   Px f(const auto& window)     pixels up to `margin` away
 //   warp(image, extent, reach, f)    Px f(const auto& image, Coord)   samples anywhere
+//   guidedWarp(guide, image, …, f)   Px f(Px, const auto& image, Coord)   the same, steered by a
+//                                    pixel of another image
 //
 // f is a pure function over lanes of pixels, with its numbers captured or held as fields; it is
 // inlined into a row function that the engine calls once for a strip. Choose the narrowest kind
@@ -258,6 +260,16 @@ private:
     Kernel _kernel;
 };
 
+// Calls rows with the sampler that reads the block.
+template <class Rows>
+void withSampler(const PixelBlock& block, const IRect& extent, const Rows& rows)
+{
+    if (block.format == PixelBlock::Format::OpaqueBytes)
+        rows(ByteSampler(block, extent));
+    else
+        rows(FloatSampler(block, extent));
+}
+
 template <class Kernel>
 class WarpNode : public Node {
 public:
@@ -274,16 +286,12 @@ public:
             }
             void row(const Span& span, const Strip& out) const override
             {
-                const auto rows = [&](const auto& source) {
+                withSampler(*block, extent, [&](const auto& source) {
                     overLanes(span.count, out, kernel,
                               [sampler = source, at = span](const Kernel& k, const Strip&, int i) {
                                   return k(sampler, pixelCenters(at, i));
                               });
-                };
-                if (block->format == PixelBlock::Format::OpaqueBytes)
-                    rows(ByteSampler(*block, extent));
-                else
-                    rows(FloatSampler(*block, extent));
+                });
             }
             PixelBlockRef block;
             IRect extent;
@@ -297,6 +305,49 @@ public:
 
 private:
     Image _input;
+    Reach _reach;
+    Kernel _kernel;
+};
+
+template <class Kernel>
+class GuidedWarpNode : public Node {
+public:
+    GuidedWarpNode(Image guide, Image input, Reach reach, const Kernel& kernel)
+        : Node(guide.node()->extent()), _guide(std::move(guide)), _input(std::move(input)),
+          _reach(std::move(reach)), _kernel(kernel)
+    {
+    }
+    EvaluatorRef prepare(const IRect& region, RenderContext& context) const override
+    {
+        struct Rows : Evaluator {
+            Rows(EvaluatorRef g, PixelBlockRef pixels, const IRect& e, const Kernel& k)
+                : guide(std::move(g)), block(std::move(pixels)), extent(e), kernel(k)
+            {
+            }
+            void row(const Span& span, const Strip& out) const override
+            {
+                guide->row(span, out);
+                withSampler(*block, extent, [&](const auto& sampler) {
+                    for (int i = 0; i < span.count; i += kLanes)
+                        storePx(out, i, kernel(loadPx(out, i), sampler, pixelCenters(span, i)));
+                });
+            }
+            EvaluatorRef guide;
+            PixelBlockRef block;
+            IRect extent;
+            Kernel kernel;
+        };
+        const IRect& inputExtent = _input.node()->extent();
+        EvaluatorRef guide = context.evaluator(_guide, region);
+        PixelBlockRef block =
+            context.pixels(_input, _reach.neededFor(region, inputExtent).intersected(inputExtent));
+        return guide && block ? std::make_shared<Rows>(std::move(guide), std::move(block),
+                                                       inputExtent, _kernel)
+                              : nullptr;
+    }
+
+private:
+    Image _guide, _input;
     Reach _reach;
     Kernel _kernel;
 };
@@ -363,6 +414,17 @@ Image warp(const Image& image, const Rect& extent, Reach reach, const Kernel& ke
         return {};
     return Image(std::make_shared<detail::WarpNode<Kernel>>(image, IRect::around(extent),
                                                             std::move(reach), kernel));
+}
+
+// The extent of the result is the guide's. The guide is one image's pixels as numbers of any
+// meaning (a normal, a distance), the image is sampled as in a warp.
+template <class Kernel>
+Image guidedWarp(const Image& guide, const Image& image, Reach reach, const Kernel& kernel)
+{
+    if (!guide || !image)
+        return {};
+    return Image(
+        std::make_shared<detail::GuidedWarpNode<Kernel>>(guide, image, std::move(reach), kernel));
 }
 
 } // namespace CIF_LANES_NAMESPACE
