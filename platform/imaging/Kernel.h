@@ -149,8 +149,10 @@ public:
             explicit Rows(const Kernel& k) : kernel(k) {}
             void row(const Span& span, const Strip& out) const override
             {
-                for (int i = 0; i < span.count; i += kLanes)
-                    storePx(out, i, kernel(I(span.x + i) + iotaInts(), span.y));
+                overLanes(span.count, out, kernel,
+                          [at = span](const Kernel& k, const Strip&, int i) {
+                              return k(I(at.x + i) + iotaInts(), at.y);
+                          });
             }
             Kernel kernel;
         };
@@ -327,9 +329,12 @@ public:
             void row(const Span& span, const Strip& out) const override
             {
                 guide->row(span, out);
-                withSampler(*block, extent, [&](const auto& sampler) {
-                    for (int i = 0; i < span.count; i += kLanes)
-                        storePx(out, i, kernel(loadPx(out, i), sampler, pixelCenters(span, i)));
+                withSampler(*block, extent, [&](const auto& source) {
+                    overLanes(
+                        span.count, out, kernel,
+                        [sampler = source, at = span](const Kernel& k, const Strip& s, int i) {
+                            return k(loadPx(s, i), sampler, pixelCenters(at, i));
+                        });
                 });
             }
             EvaluatorRef guide;
