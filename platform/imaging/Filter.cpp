@@ -7,7 +7,7 @@
 
 namespace imaging {
 
-namespace detail {
+namespace fields {
 
 const char* attributeClassOf(std::size_t fieldIndex)
 {
@@ -48,9 +48,9 @@ Dictionary describeInput(const char* key, std::size_t fieldIndex, const char* di
     setIf("CIAttributeSliderMin", details.sliderMin);
     setIf("CIAttributeSliderMax", details.sliderMax);
     setIf("CIAttributeDefault", details.value);
-    setIf("CIAttributeIdentity", details.identity);
     if (!defaultValue.isNothing())
         d.set("CIAttributeDefault", defaultValue);
+    setIf("CIAttributeIdentity", details.identity);
     if (!identityValue.isNothing())
         d.set("CIAttributeIdentity", identityValue);
     return d;
@@ -133,7 +133,7 @@ Value read(const Rect& field)
     return Vector(field.x, field.y, field.width, field.height);
 }
 
-} // namespace detail
+} // namespace fields
 
 const FilterDescription::InputDescription* FilterDescription::input(std::string_view key) const
 {

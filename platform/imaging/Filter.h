@@ -5,6 +5,7 @@
 #include "platform/imaging/Image.h"
 
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <span>
@@ -18,6 +19,10 @@ using foundation::Dictionary;
 using foundation::Value;
 
 class FilterRegistry;
+
+// Without the prefix "CICategory", in dictionary order. Literals, so that lists shared by a family
+// are constants.
+using Categories = std::initializer_list<const char*>;
 
 // What one number, position, colour … is for: the last word of its "CIAttributeType…" constant.
 enum class InputType {
@@ -123,13 +128,12 @@ public:
     static FilterRegistry& shared();
 
     // Registers class T. `inputs` is its table; fields keep their constructed values as long as
-    // nothing is set. `categories` are given without the prefix "CICategory".
+    // nothing is set.
     template <class T, std::size_t N>
-    void add(std::string_view name, std::string_view displayName,
-             std::initializer_list<std::string_view> categories, const Input<T> (&inputs)[N]);
+    void add(std::string_view name, std::string_view displayName, Categories categories,
+             const Input<T> (&inputs)[N]);
     template <class T>
-    void add(std::string_view name, std::string_view displayName,
-             std::initializer_list<std::string_view> categories);
+    void add(std::string_view name, std::string_view displayName, Categories categories);
 
     const FilterDescription* find(std::string_view name) const;
     std::vector<std::string> names() const; // in order of registration
@@ -138,7 +142,7 @@ public:
 private:
     template <class T>
     FilterDescription begin(std::string_view name, std::string_view displayName,
-                            std::initializer_list<std::string_view> categories);
+                            Categories categories);
     void finish(FilterDescription description);
 
     std::vector<std::unique_ptr<FilterDescription>> _filters;
@@ -146,7 +150,7 @@ private:
 
 // ---------------------------------------------------------------------------------------------------
 
-namespace detail {
+namespace fields {
 
 // "NSNumber" and so on for each field type, in the order of Input::Field.
 const char* attributeClassOf(std::size_t fieldIndex);
@@ -167,48 +171,46 @@ Value read(const Color& field);
 Value read(const AffineTransform& field);
 Value read(const Rect& field);
 
-} // namespace detail
+} // namespace fields
 
 template <class T>
 FilterDescription FilterRegistry::begin(std::string_view name, std::string_view displayName,
-                                        std::initializer_list<std::string_view> categories)
+                                        Categories categories)
 {
     FilterDescription d;
     d.name = name;
     d.displayName = displayName;
-    for (std::string_view c : categories)
-        d.categories.push_back("CICategory" + std::string(c));
+    for (const char* c : categories)
+        d.categories.push_back(std::string("CICategory") + c);
     d.make = [] { return std::make_unique<T>(); };
     return d;
 }
 
 template <class T>
-void FilterRegistry::add(std::string_view name, std::string_view displayName,
-                         std::initializer_list<std::string_view> categories)
+void FilterRegistry::add(std::string_view name, std::string_view displayName, Categories categories)
 {
     finish(begin<T>(name, displayName, categories));
 }
 
 template <class T, std::size_t N>
-void FilterRegistry::add(std::string_view name, std::string_view displayName,
-                         std::initializer_list<std::string_view> categories,
+void FilterRegistry::add(std::string_view name, std::string_view displayName, Categories categories,
                          const Input<T> (&inputs)[N])
 {
     FilterDescription d = begin<T>(name, displayName, categories);
     for (const Input<T>& in : inputs) {
         FilterDescription::InputDescription out;
         out.key = in.key;
-        out.attributeClass = detail::attributeClassOf(in.field.index());
+        out.attributeClass = fields::attributeClassOf(in.field.index());
         out.defaultValue = in.details.value ? Value(*in.details.value) : in.defaultValue;
-        out.attributes = detail::describeInput(in.key, in.field.index(), in.displayName, in.details,
+        out.attributes = fields::describeInput(in.key, in.field.index(), in.displayName, in.details,
                                                in.defaultValue, in.identityValue);
         out.set = [field = in.field](Filter& f, const Value& v) {
             return std::visit(
-                [&](auto member) { return detail::assign(static_cast<T&>(f).*member, v); }, field);
+                [&](auto member) { return fields::assign(static_cast<T&>(f).*member, v); }, field);
         };
         out.get = [field = in.field](const Filter& f) {
             return std::visit(
-                [&](auto member) { return detail::read(static_cast<const T&>(f).*member); }, field);
+                [&](auto member) { return fields::read(static_cast<const T&>(f).*member); }, field);
         };
         d.inputs.push_back(std::move(out));
     }
