@@ -1,0 +1,51 @@
+// The list of the built-in filters: a class without a line here does not exist.
+#include "platform/builtin/Register.h"
+
+#include "platform/builtin/blur/GaussianBlur.h"
+#include "platform/builtin/color/ColorMaps.h"
+#include "platform/builtin/composite/Compositing.h"
+#include "platform/builtin/generator/Lights.h"
+#include "platform/builtin/generator/Patterns.h"
+#include "platform/builtin/geometry/Geometry.h"
+#include "platform/builtin/lighting/HeightField.h"
+#include "platform/builtin/lighting/ShadedMaterial.h"
+#include "platform/builtin/tile/AffineTile.h"
+
+namespace builtin {
+
+void registerBuiltinFilters(imaging::FilterRegistry& registry)
+{
+    ColorControls::initialize(registry);
+    ExposureAdjust::initialize(registry);
+    GammaAdjust::initialize(registry);
+    HueAdjust::initialize(registry);
+    WhitePointAdjust::initialize(registry);
+    ColorMonochrome::initialize(registry);
+    ColorPosterize::initialize(registry);
+    ColorInvert::initialize(registry);
+    FalseColor::initialize(registry);
+    ColorMatrix::initialize(registry);
+
+    GaussianBlur::initialize(registry);
+
+    AffineTransformFilter::initialize(registry);
+    Crop::initialize(registry);
+
+    AffineTile::initialize(registry);
+
+    ConstantColorGenerator::initialize(registry);
+    CheckerboardGenerator::initialize(registry);
+    StripesGenerator::initialize(registry);
+    GaussianGradient::initialize(registry);
+    LenticularHaloGenerator::initialize(registry);
+    StarShineGenerator::initialize(registry);
+    SunbeamsGenerator::initialize(registry);
+    RandomGenerator::initialize(registry);
+
+    SourceOverCompositing::initialize(registry);
+    AdditionCompositing::initialize(registry);
+    HeightFieldFromMask::initialize(registry);
+    ShadedMaterial::initialize(registry);
+}
+
+} // namespace builtin

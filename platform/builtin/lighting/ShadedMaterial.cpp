@@ -1,0 +1,73 @@
+// A relief lit like a ball: each slope takes the colour that a picture of a lit ball has where the
+// ball slopes the same way.
+#include "platform/builtin/lighting/ShadedMaterial.h"
+
+#include "platform/builtin/Inputs.h"
+#include "platform/imaging/Kernel.h"
+
+#include <algorithm>
+
+namespace builtin {
+
+using namespace imaging;
+
+namespace {
+
+// The sideways parts of the surface normal in red and green; the picture's alpha stays.
+struct Normals {
+    double scale;
+
+    Px operator()(const auto& window) const
+    {
+        const auto h = [&](int dx, int dy) { return window.luma(dx, dy); };
+        const F lowLeft = h(-1, -1), low = h(0, -1), lowRight = h(1, -1), left = h(-1, 0),
+                right = h(1, 0), highLeft = h(-1, 1), high = h(0, 1), highRight = h(1, 1);
+        const F k = -scale / 8;
+        const F x =
+            k * ((highRight + F(2.0f) * right + lowRight) - (highLeft + F(2.0f) * left + lowLeft));
+        const F y =
+            k * ((highLeft + F(2.0f) * high + highRight) - (lowLeft + F(2.0f) * low + lowRight));
+        const F shorter = F(1.0f) / sqrt(x * x + y * y + F(1.0f));
+        return {x * shorter, y * shorter, 0.0f, window(0, 0).a};
+    }
+};
+
+} // namespace
+
+Image shadedMaterial(const Image& heights, const Image& ball, double scale)
+{
+    const Rect square = ball.extent();
+    if (!heights || square.isEmpty() || square.isInfinite())
+        return {};
+    // Beyond a million every slope is a cliff; the squares above must not overflow.
+    const Image normals =
+        neighborhood(heights, 1, Border::Clamped, Normals{std::clamp(scale, -1e6, 1e6)});
+    const Point middle{square.midX(), square.midY()};
+    // The outline of the ball is mixed with what lies around it: one pixel inside.
+    const double reachX = std::max(square.width / 2 - 1, 0.0);
+    const double reachY = std::max(square.height / 2 - 1, 0.0);
+    return guidedWarp(normals, ball, Reach::anywhere(),
+                      [=](Px normal, const auto& picture, const Coord&) {
+                          const Vec2 v{normal.r * F(reachX), normal.g * F(reachY)};
+                          return picture.clamped(middle + v) * normal.a;
+                      });
+}
+
+void ShadedMaterial::initialize(FilterRegistry& registry)
+{
+    using T = ShadedMaterial;
+    add<T>(registry, "CIShadedMaterial", "Shaded Material",
+           {"Stylize", "Video", "StillImage", "BuiltIn"},
+           {
+               {"inputImage", &T::inputImage, "Image", kImage},
+               {"inputShadingImage", &T::inputShadingImage, "Shading Image", kImage},
+               {"inputScale", &T::inputScale, "Scale", distance().min(0).slider(0.5, 200)},
+           });
+}
+
+Image ShadedMaterial::outputImage() const
+{
+    return shadedMaterial(inputImage, inputShadingImage, inputScale);
+}
+
+} // namespace builtin
