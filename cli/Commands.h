@@ -1,0 +1,61 @@
+// The commands and what each is told to do.
+#pragma once
+
+#include "cli/Report.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace cli {
+
+struct ListOptions {
+    std::optional<std::uint32_t> effectsSet; // both unless given
+    bool json = false;
+    std::optional<double> toolkitVersion;
+};
+
+struct DescribeOptions {
+    std::string name;
+    bool json = false;
+};
+
+// What is done to the picture: one step by name, or the steps of a file.
+struct StepOptions {
+    std::string name;             // empty when there is a recipe file
+    std::vector<std::string> set; // KEY=VALUE
+    bool noDefaults = false;
+    bool unchecked = false;
+    std::string recipeFile; // a recipe or a picture that carries one
+    std::optional<std::uint32_t> seed;
+};
+
+struct OutputOptions {
+    std::string file;   // "-" for standard output
+    std::string format; // told by the file's extension when empty
+    std::string metadata = "all";
+    int quality = 92;
+};
+
+struct ApplyOptions {
+    StepOptions steps;
+    std::string input; // "-" for standard input
+    OutputOptions output;
+    bool inPlace = false;
+};
+
+struct GenerateOptions {
+    StepOptions steps;
+    int width = 0, height = 0;
+    OutputOptions output;
+    std::string traceFile;
+};
+
+Outcome<> list(const ListOptions& options);
+Outcome<> describe(const DescribeOptions& options);
+Outcome<> apply(const ApplyOptions& options);
+Outcome<> generate(const GenerateOptions& options);
+
+} // namespace cli
