@@ -98,6 +98,9 @@ Result<BitmapRef> pixelsOfPng(const char* format, const std::string& bytes, int 
         std::memcpy(to, from, 4 * static_cast<std::size_t>(std::min(width, gotWidth)));
         if (gotWidth < width)
             std::memcpy(to + 4 * gotWidth, from + 4 * (gotWidth - 1), 4);
+        for (int x = 0; x < width; ++x) // gs leaves white there
+            if (to[4 * x + 3] == 0)
+                std::memset(to + 4 * x, 0, 4);
     }
     return BitmapRef(*std::move(target));
 }

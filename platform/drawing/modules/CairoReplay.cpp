@@ -8,6 +8,7 @@
 #include <cmath>
 #include <limits>
 #include <map>
+#include <tuple>
 #include <utility>
 
 namespace drawing {
@@ -201,7 +202,7 @@ public:
             cairo_mask(_context, pattern.get());
         } else {
             cairo_set_source(_context, pattern.get());
-            if (op.fraction >= 1)
+            if (op.fraction >= 1 || replaces(op.operation))
                 cairo_paint(_context);
             else
                 cairo_paint_with_alpha(_context, unit(op.fraction));
@@ -215,10 +216,17 @@ private:
         cairo_set_source_rgba(_context, unit(c.red), unit(c.green), unit(c.blue), unit(c.alpha));
     }
 
+    // Cairo would let what is below shine through by the rest of the opacity.
+    static bool replaces(Operation operation)
+    {
+        return operation == Operation::Copy || operation == Operation::Clear;
+    }
+
     // A bitmap drawn many times is converted once, and a file holds it once.
     cairo_surface_t* surfaceFor(const Recording::Image& op)
     {
-        CairoSurface& surface = _surfaces[{op.bitmap.get(), op.tinted}];
+        const double fraction = replaces(op.operation) ? unit(op.fraction) : 1;
+        CairoSurface& surface = _surfaces[{op.bitmap.get(), op.tinted, fraction}];
         if (surface)
             return surface.get();
         const Bitmap& bitmap = *op.bitmap;
@@ -230,7 +238,8 @@ private:
         const std::ptrdiff_t stride = cairo_image_surface_get_stride(surface.get());
         for (int y = 0; y < bitmap.height(); ++y, data += stride)
             for (int x = 0; x < bitmap.width(); ++x) {
-                const Components rgba = pixelAt(bitmap, x, y);
+                Components rgba = pixelAt(bitmap, x, y);
+                rgba[3] *= static_cast<float>(fraction);
                 if (op.tinted)
                     data[x] = static_cast<unsigned char>(unit(rgba[3]) * 255 + 0.5);
                 else
@@ -243,7 +252,7 @@ private:
     cairo_t* _context;
     AffineTransform _toDevice;
     ReplayTarget _target;
-    std::map<std::pair<const Bitmap*, bool>, CairoSurface> _surfaces;
+    std::map<std::tuple<const Bitmap*, bool, double>, CairoSurface> _surfaces;
 };
 
 } // namespace
