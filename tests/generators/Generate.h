@@ -1,0 +1,69 @@
+// Asking a generator for a picture the way the plug-in does.
+#pragma once
+
+#include "generators/Register.h"
+#include "platform/drawing/Picture.h"
+#include "platform/foundation/Log.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace support {
+
+using drawing::PictureRef;
+using foundation::Dictionary;
+using generators::makeGenerator;
+
+inline PictureRef generate(GLIFCoreObject& generator, int width, int height,
+                           const Dictionary& attributes, unsigned seed = 1)
+{
+    std::srand(seed);
+    return generator.GLIFOutputImageWidthHeightAttributes(nullptr, width, height, attributes);
+}
+
+inline PictureRef generate(std::string_view className, int width, int height,
+                           const Dictionary& attributes, unsigned seed = 1)
+{
+    return generate(*makeGenerator(className), width, height, attributes, seed);
+}
+
+// The bytes of a picture's pixels, row after row; empty without a picture.
+inline std::string bytesOf(const PictureRef& picture)
+{
+    std::string bytes;
+    const imaging::BitmapRef bitmap = picture ? picture->bitmap() : nullptr;
+    for (int y = 0; bitmap && y < bitmap->height(); ++y)
+        bytes.append(reinterpret_cast<const char*>(bitmap->row(y)), 4 * bitmap->width());
+    return bytes;
+}
+
+// What an editor starts with: the described defaults.
+inline Dictionary defaultsOf(const GLIFCoreObject& generator)
+{
+    Dictionary defaults;
+    for (const auto& [key, description] : generator.GLIFQueryAttributes())
+        if (const auto* value = description.dictionary()->find("GLIFDefValue"))
+            defaults.set(key, *value);
+    return defaults;
+}
+
+// Collects what is logged while it lives.
+class LogRecorder {
+public:
+    LogRecorder()
+        : _former(
+              foundation::setLogSink([this](std::string_view line) { lines.emplace_back(line); }))
+    {
+    }
+    ~LogRecorder() { foundation::setLogSink(_former); }
+
+    std::vector<std::string> lines;
+
+private:
+    foundation::LogSink _former;
+};
+
+} // namespace support
