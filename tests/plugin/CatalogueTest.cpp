@@ -1,6 +1,6 @@
 // The catalogues and the lookups on them, as a host meets them.
 #include "plugin/Catalogue.h"
-#include "Support.h"
+#include "Environment.h"
 #include "generators/GLIFCoreObject.h"
 #include "platform/foundation/Bundle.h"
 #include "plugin/CIFMain.h"

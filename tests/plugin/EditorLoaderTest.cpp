@@ -1,6 +1,6 @@
 // The editor's entry points, with a module in its place and without one.
 #include "plugin/EditorLoader.h"
-#include "Support.h"
+#include "Environment.h"
 #include "platform/drawing/Picture.h"
 #include "plugin/CIFMain.h"
 

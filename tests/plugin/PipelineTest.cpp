@@ -1,6 +1,6 @@
 // From a host's picture to a result: what the inputs become, what is kept between calls, and how
 // each kind of result is finished.
-#include "Support.h"
+#include "Environment.h"
 #include "generators/GLIFCoreObject.h"
 #include "platform/codecs/Codecs.h"
 #include "platform/drawing/Picture.h"

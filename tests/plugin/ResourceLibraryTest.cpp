@@ -1,6 +1,6 @@
 // The content library: where it is, what its folders list and which file a name means.
 #include "plugin/ResourceLibrary.h"
-#include "Support.h"
+#include "Environment.h"
 #include "platform/codecs/Codecs.h"
 #include "platform/drawing/Picture.h"
 #include "plugin/CIFMain.h"

@@ -1,5 +1,5 @@
 // String tables: which one serves a language, and what a damaged one does.
-#include "Support.h"
+#include "Environment.h"
 #include "platform/foundation/Bundle.h"
 
 #include <gtest/gtest.h>
