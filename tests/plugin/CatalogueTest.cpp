@@ -408,10 +408,9 @@ TEST_F(Catalogue, QueriesFiltersAndGenerators)
     EXPECT_THAT(log.lines, ElementsAre("can't instantiate class 'GLIF_Nothing'"));
     const auto generatorKeys = main.CIFQueryInputKeysForFilter("GLIF_Plasma");
     ASSERT_TRUE(generatorKeys);
-    Strings described;
     const auto generatorAttributes = main.CIFQueryAttributesForFilter("GLIF_Plasma");
     ASSERT_TRUE(generatorAttributes);
-    EXPECT_THAT(*generatorKeys, testing::Contains("GLIFColorScheme"));
+    EXPECT_THAT(*generatorKeys, testing::Contains("GLIFColorRangeMin"));
     EXPECT_THAT(keysOf(*generatorAttributes), testing::UnorderedElementsAreArray(*generatorKeys));
     EXPECT_THAT(*main.CIFQueryOutputKeysForFilter("GLIF_Plasma"), ElementsAre());
 }
