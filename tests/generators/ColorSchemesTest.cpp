@@ -62,10 +62,10 @@ TEST(ColorSchemes, DividedWheelsWrapOnlyBelowTheKey)
     expectHsb(computeSchemeColor(0.9, 0, 1), 2 / 3.0f, 1, 0.5f);
     expectHsb(computeSchemeColor(0.9, 0.8, 1), 0.8f, 0.5f, 1);
     expectHsb(computeSchemeColor(0.5, 0.8, 1), 0.46f, 0.5f, 0.5f);
-    // 0.5 + 3/4 is past the end of the wheel, above the key: it stays at the end, which is red.
     expectHsb(computeSchemeColor(0.99, 0.2, 2), 0.95f, 0.5f, 1);
     expectHsb(computeSchemeColor(0.99, 0.3, 2), 0.8f, 0.5f, 0.5f);
-    expectHsb(computeSchemeColor(0.99, 0.4, 1), 0.4f + 1 / 3.0f, 1, 0.5f);
+    expectHsb(computeSchemeColor(0.99, 0.4, 1), 0.4f + 1 / 3.0f, 1,
+              1); // the eighth of twelve shades
     // Below the key: 90 percent on, the last of four parts, 0.95 + 0.75 wrapped.
     expectHsb(computeSchemeColor(0.85, 0.95, 2), 0.7f, 1, 0.5f);
 }

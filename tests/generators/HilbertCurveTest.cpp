@@ -77,7 +77,7 @@ TEST(HilbertCurve, VisitsEveryCellOnce)
                 }
         EXPECT_EQ(visited.size(), std::size_t(cells) * cells);
         EXPECT_EQ(steps.size(), 2 * (visited.size() - 1));
-        EXPECT_EQ(at, Cell(cells - 1, 0)) << "ends below, at the right";
+        EXPECT_EQ(at, Cell(0, cells - 1)) << "ends above its start";
         EXPECT_EQ(visited.rbegin()->first, cells - 1);
     }
 }

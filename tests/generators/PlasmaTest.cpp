@@ -111,11 +111,9 @@ TEST(PlasmaMidpoint, FillsBlocksThatLaterCellsCover)
 {
     const Drawn drawn(32, 16, plasma(0, 5, 4));
     for (int x = 0; x < 32; ++x)
-        for (int y = 0; y < 16; ++y) {
-            // Cells are 4 wide and 2 high; blocks reach 4 up, but the cell above comes later,
-            // except for those below the upper half of a larger square.
+        for (int y = 0; y < 16; ++y)
+            // Cells are 4 wide and 2 high; a block is 4 high too, until other cells cover it.
             ASSERT_EQ(drawn(x, y), drawn(x / 4 * 4, y)) << x << ' ' << y;
-        }
     EXPECT_NE(drawn(0, 0), drawn(4, 0));
     EXPECT_EQ(bytesOf(generate("GLIF_Plasma", 20, 20, plasma(0, 5, 0))),
               bytesOf(generate("GLIF_Plasma", 20, 20, plasma(0, 5, 1))));
