@@ -2,6 +2,7 @@
 #include "plugin/EditorLoader.h"
 
 #include "platform/drawing/Picture.h"
+#include "platform/foundation/Bundle.h"
 #include "platform/foundation/Log.h"
 #include "plugin/CIFMain.h"
 
@@ -29,16 +30,13 @@ Loaded& loaded()
     return state;
 }
 
-// Beside the library, whose variants for other instruction sets lie two folders further down.
+// Beside the library, whose variants for other processors lie two folders further down.
 fs::path moduleBesideLibrary()
 {
-    Dl_info info{};
-    if (!dladdr(reinterpret_cast<void*>(&sharedImageEditor), &info) || !info.dli_fname)
-        return {};
+    const fs::path folder = foundation::libraryFolder();
     std::error_code error;
-    fs::path folder = fs::canonical(info.dli_fname, error).parent_path();
-    for (int i = 0; i < 3 && !folder.empty(); ++i, folder = folder.parent_path())
-        if (fs::path file = folder / "CoreImageFilterEditor.so"; fs::exists(file, error))
+    for (const fs::path& place : {folder, folder / "../.."})
+        if (fs::path file = place / "CoreImageFilterEditor.so"; fs::exists(file, error))
             return file;
     return {};
 }

@@ -23,11 +23,7 @@ bool isFolder(const fs::path& path)
 fs::path folderAboveLibrary()
 {
     constexpr int kLevels = 6;
-    Dl_info info{};
-    if (!dladdr(reinterpret_cast<void*>(&resourceFolder), &info) || !info.dli_fname)
-        return {};
-    std::error_code error;
-    fs::path folder = fs::canonical(info.dli_fname, error).parent_path();
+    fs::path folder = libraryFolder();
     for (int i = 0; i < kLevels && !folder.empty(); ++i) {
         fs::path candidate = folder / "share" / "CoreImageFilter";
         if (isFolder(candidate))
@@ -40,6 +36,15 @@ fs::path folderAboveLibrary()
 }
 
 } // namespace
+
+fs::path libraryFolder()
+{
+    Dl_info info{};
+    if (!dladdr(reinterpret_cast<void*>(&libraryFolder), &info) || !info.dli_fname)
+        return {};
+    std::error_code error;
+    return fs::canonical(info.dli_fname, error).parent_path();
+}
 
 fs::path resourceFolder()
 {

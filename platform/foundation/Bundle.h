@@ -8,6 +8,10 @@
 
 namespace foundation {
 
+// The folder that the library was loaded from: the one of the variant for this processor where
+// there are several. Empty when that cannot be told.
+std::filesystem::path libraryFolder();
+
 // The folder share/CoreImageFilter that belongs to the loaded library: beside it in a build tree
 // and in an installed one. The environment variable CIF_RESOURCES, when set, names the folder
 // instead. Empty when there is none.
