@@ -29,7 +29,9 @@ function(cif_library)
         add_library(${target} OBJECT ${LIB_SOURCES})
         target_link_libraries(${target} PUBLIC cif-options ${LIB_EXTERNAL})
         if(level STREQUAL "v3")
-            target_compile_options(${target} PRIVATE -march=x86-64-v3)
+            # g++ 12 takes four doubles that are rounded to single precision and widened again side by
+            # side for a plain copy when it may vectorise straight-line code for AVX2.
+            target_compile_options(${target} PRIVATE -march=x86-64-v3 -fno-tree-slp-vectorize)
         endif()
         foreach(below IN LISTS LIB_LINKS)
             target_link_libraries(${target} PUBLIC ${below}-${level})
