@@ -89,8 +89,11 @@ template <class T>
 std::string joined(std::initializer_list<T> numbers)
 {
     std::string s;
-    for (const T n : numbers)
-        s += (s.empty() ? "" : ",") + shortest(n);
+    for (const T n : numbers) {
+        if (!s.empty())
+            s += ',';
+        s += shortest(n);
+    }
     return s;
 }
 
