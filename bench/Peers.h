@@ -24,8 +24,8 @@ Operations vipsOn(const imaging::BitmapRef& picture);
 Operations geglOn(const imaging::BitmapRef& picture);
 
 // Row-major factors of the hue rotation that all of them use.
-constexpr double kHue[9] = {0.918388,  -0.235988, 0.317600, 0.317600, 0.918388,
-                            -0.235988, -0.235988, 0.317600, 0.918388};
+constexpr double kHue[9] = {0.918388,  -0.235991, 0.317602, 0.317602, 0.918388,
+                            -0.235991, -0.235991, 0.317602, 0.918388};
 constexpr double kAngle = 0.3;
 
 } // namespace bench
