@@ -521,13 +521,11 @@ IRect Reach::neededFor(const IRect& region, const IRect& inputExtent) const
     return inputExtent.isPlane() ? region.grown(4096, 4096) : inputExtent;
 }
 
-inline namespace CIF_LANES_NAMESPACE {
-namespace detail {
-
 const std::byte* WindowSource::center(const PixelBlock& block, const IRect& extent,
                                       const Span& span, int margin, Border border)
 {
-    const int count = (span.count + kLanes - 1) / kLanes * kLanes;
+    constexpr int kMostLanes = 8;
+    const int count = (span.count + kMostLanes - 1) / kMostLanes * kMostLanes;
     const IRect wanted{span.x - margin, span.y - margin, span.x + count + margin,
                        span.y + margin + 1};
     if (block.rect.contains(wanted)) [[likely]] {
@@ -564,8 +562,5 @@ const std::byte* WindowSource::center(const PixelBlock& block, const IRect& exte
     }
     return scratch.data() + margin * _bytesPerRow + std::ptrdiff_t{margin} * size;
 }
-
-} // namespace detail
-} // namespace CIF_LANES_NAMESPACE
 
 } // namespace imaging

@@ -48,6 +48,19 @@ private:
 // What a neighbourhood reads beyond the image's extent.
 enum class Border { Transparent, Clamped };
 
+// A piece of a block with room for the margin around a span, whole lanes of any level included: the
+// block's own pixels where they suffice, else a copy padded by the border rule.
+class WindowSource {
+public:
+    // The address of the first pixel of the span.
+    const std::byte* center(const PixelBlock& block, const IRect& extent, const Span& span,
+                            int margin, Border border);
+    std::ptrdiff_t bytesPerRow() const { return _bytesPerRow; }
+
+private:
+    std::ptrdiff_t _bytesPerRow = 0;
+};
+
 inline namespace CIF_LANES_NAMESPACE {
 namespace detail {
 
@@ -198,19 +211,6 @@ public:
 private:
     Image _a, _b;
     Kernel _kernel;
-};
-
-// A piece of a block with room for the margin around a span: the block's own pixels where they
-// suffice, else a copy padded by the border rule.
-class WindowSource {
-public:
-    // The address of the first pixel of the span.
-    const std::byte* center(const PixelBlock& block, const IRect& extent, const Span& span,
-                            int margin, Border border);
-    std::ptrdiff_t bytesPerRow() const { return _bytesPerRow; }
-
-private:
-    std::ptrdiff_t _bytesPerRow = 0;
 };
 
 template <class Kernel>
