@@ -1,5 +1,6 @@
 #include "platform/drawing/Process.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -55,18 +56,54 @@ bool writeAll(int file, std::string_view bytes)
     return lseek(file, 0, SEEK_SET) == 0;
 }
 
-// The environment, with numbers written the same way everywhere and without options of the user's
-// own.
-std::vector<char*> environmentForPrograms()
+// An empty folder for one program's scratch files, gone afterwards. Interpreters of page
+// descriptions let a document read and write in the temporary folder, so that must not be
+// everybody's.
+class ScratchFolder {
+public:
+    ScratchFolder()
+    {
+        std::error_code failed;
+        std::string name = (fs::temp_directory_path(failed) / "cif-XXXXXX").string();
+        if (!failed && mkdtemp(name.data()))
+            _path = name;
+    }
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+    ~ScratchFolder()
+    {
+        std::error_code ignored;
+        if (!_path.empty())
+            fs::remove_all(_path, ignored);
+    }
+
+    const std::string& path() const { return _path; } // empty when it could not be made
+
+private:
+    std::string _path;
+};
+
+// The environment with the scratch folder, with numbers written the same way everywhere and without
+// options of the user's own.
+std::vector<std::string> environmentForPrograms(const std::string& scratch)
 {
-    static char plainLocale[] = "LC_ALL=C";
-    std::vector<char*> out{plainLocale};
+    constexpr std::string_view kReplaced[] = {
+        "LC_ALL=", "TMPDIR=", "TEMP=", "TMP=", "GS_OPTIONS=", "GS_DEVICE="};
+    std::vector<std::string> out{"LC_ALL=C", "TMPDIR=" + scratch, "TEMP=" + scratch,
+                                 "TMP=" + scratch};
     for (char** entry = environ; entry && *entry; ++entry) {
         const std::string_view text(*entry);
-        if (!text.starts_with("LC_ALL=") && !text.starts_with("GS_OPTIONS=") &&
-            !text.starts_with("GS_DEVICE="))
-            out.push_back(*entry);
+        if (std::ranges::none_of(kReplaced, [&](auto name) { return text.starts_with(name); }))
+            out.emplace_back(text);
     }
+    return out;
+}
+
+std::vector<char*> pointers(std::vector<std::string>& strings)
+{
+    std::vector<char*> out;
+    for (std::string& s : strings)
+        out.push_back(s.data());
     out.push_back(nullptr);
     return out;
 }
@@ -106,14 +143,12 @@ private:
     pid_t _id;
 };
 
-pid_t spawn(const fs::path& program, const std::vector<std::string>& arguments, int input,
-            int output)
+pid_t spawn(const fs::path& program, const std::vector<std::string>& arguments,
+            const std::string& scratch, int input, int output)
 {
-    std::vector<char*> argv{const_cast<char*>(program.c_str())};
-    for (const std::string& argument : arguments)
-        argv.push_back(const_cast<char*>(argument.c_str()));
-    argv.push_back(nullptr);
-    std::vector<char*> environment = environmentForPrograms();
+    std::vector<std::string> words{program.string()};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<std::string> variables = environmentForPrograms(scratch);
 
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);
@@ -134,8 +169,8 @@ pid_t spawn(const fs::path& program, const std::vector<std::string>& arguments, 
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
 
     pid_t id = -1;
-    const int failed =
-        posix_spawn(&id, program.c_str(), &files, &attributes, argv.data(), environment.data());
+    const int failed = posix_spawn(&id, program.c_str(), &files, &attributes,
+                                   pointers(words).data(), pointers(variables).data());
     posix_spawn_file_actions_destroy(&files);
     posix_spawnattr_destroy(&attributes);
     return failed ? -1 : id;
@@ -172,8 +207,12 @@ Result<std::string> runProgram(const fs::path& program, const std::vector<std::s
     const FileDescriptor readEnd(ends[0]);
     FileDescriptor writeEnd(ends[1]);
 
+    const ScratchFolder scratch;
+    if (scratch.path().empty())
+        return Error{name + " cannot be started: no temporary folder"};
+
     const Clock::time_point end = Clock::now() + limits.time;
-    const pid_t id = spawn(program, arguments, inputFile.get(), writeEnd.get());
+    const pid_t id = spawn(program, arguments, scratch.path(), inputFile.get(), writeEnd.get());
     if (id < 0)
         return Error{name + " cannot be started"};
     Child child(id);

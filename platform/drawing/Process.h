@@ -22,8 +22,9 @@ struct ProcessLimits {
 
 // Runs the program with the given arguments and bytes on its standard input and answers what it
 // wrote to standard output; standard error is dropped. The bytes are a file to the program, which
-// may seek. An error when the program cannot be started, does not end within the time (it is then
-// killed), writes more than the limit or ends with a status other than 0.
+// may seek; its folder for temporary files is its own and removed afterwards. An error when the
+// program cannot be started, does not end within the time (it is then killed), writes more than the
+// limit or ends with a status other than 0.
 foundation::Result<std::string> runProgram(const std::filesystem::path& program,
                                            const std::vector<std::string>& arguments,
                                            std::string_view input, const ProcessLimits& limits);

@@ -151,16 +151,22 @@ TEST(VectorSource, SvgLoadsNothingFromOutside)
     EXPECT_EQ(pixel(*bitmap, 10, 10), (Rgba{255, 0, 0, 255}));
 }
 
-TEST(VectorSource, EpsReadsNoFiles)
+TEST(VectorSource, EpsReachesNoFiles)
 {
-    const std::string file = CIF_TEST_OUTPUT "/drawing/outside.txt";
-    std::filesystem::create_directories(CIF_TEST_OUTPUT "/drawing");
-    std::ofstream(file) << "1 0 0 setrgbcolor 0 0 20 20 rectfill";
-    const auto source = epsSource(eps("%%BoundingBox: 0 0 20 20", "(" + file + ") run"));
-    ASSERT_TRUE(source);
-    const auto bitmap = (*source)->rasterize(20, 20);
-    ASSERT_FALSE(bitmap);
-    EXPECT_EQ(bitmap.error(), "EPS picture could not be drawn: gs failed");
+    // Not even in the folder for temporary files, which its interpreter would leave open to it.
+    const auto folder = std::filesystem::temp_directory_path();
+    const auto read = folder / "cif-test-read.ps", written = folder / "cif-test-written.ps";
+    std::ofstream(read) << "1 0 0 setrgbcolor 0 0 20 20 rectfill";
+    for (const std::string& body :
+         {"(" + read.string() + ") run", "(" + written.string() + ") (w) file closefile"}) {
+        const auto source = epsSource(eps("%%BoundingBox: 0 0 20 20", body));
+        ASSERT_TRUE(source);
+        const auto bitmap = (*source)->rasterize(20, 20);
+        ASSERT_FALSE(bitmap);
+        EXPECT_EQ(bitmap.error(), "EPS picture could not be drawn: gs failed");
+    }
+    EXPECT_TRUE(std::filesystem::remove(read));
+    EXPECT_FALSE(std::filesystem::remove(written));
 }
 
 TEST(VectorSource, SaysAtOnceWhatIsWrong)
@@ -239,6 +245,11 @@ TEST(Process, PassesInputAndArgumentsAsTheyAre)
         runProgram(*findProgram("printf"), {"%s|", "$HOME", "a b;`id`", ""}, "", limits);
     ASSERT_TRUE(words) << words.error();
     EXPECT_EQ(*words, "$HOME|a b;`id`||");
+    // Its temporary folder is there for it, and gone afterwards.
+    const auto folder =
+        runProgram(*findProgram("sh"), {"-c", "touch $TMPDIR/x && echo $TMPDIR"}, "", limits);
+    ASSERT_TRUE(folder) << folder.error();
+    EXPECT_FALSE(std::filesystem::exists(folder->substr(0, folder->size() - 1)));
 }
 
 TEST(Process, EndsWhatRunsTooLongOrSaysTooMuchAndLeavesNothingBehind)
