@@ -203,32 +203,43 @@ void alignToWord(std::string& out)
         out.push_back('\0');
 }
 
+// Readers of EXIF like to meet the directory first. In a whole file it comes last, so that a file
+// that lost its end has lost its directory and is known to be broken.
+enum class Place { BeforeValues, AfterValues };
+
 // Adds a directory and all below it; returns where it begins.
-std::uint32_t appendDirectory(std::string& out, const Directory& directory, bool big)
+std::uint32_t appendDirectory(std::string& out, const Directory& directory, bool big, Place place)
 {
+    const std::size_t tableSize = 2 + directory.entries.size() * 12 + 4;
     alignToWord(out);
-    const auto begin = static_cast<std::uint32_t>(out.size());
-    append(out, static_cast<std::uint32_t>(directory.entries.size()), 2, big);
-    const std::size_t first = out.size();
-    out.resize(first + directory.entries.size() * 12 + 4); // the last four: no directory follows
-    std::size_t at = first;
+    std::size_t begin = out.size();
+    if (place == Place::BeforeValues)
+        out.resize(begin + tableSize);
+    std::string table;
+    append(table, static_cast<std::uint32_t>(directory.entries.size()), 2, big);
     for (const Entry& entry : directory.entries) {
-        putNumber(out, at, entry.tag, 2, big);
-        putNumber(out, at + 2, entry.type, 2, big);
-        putNumber(out, at + 4, entry.count, 4, big);
+        append(table, entry.tag, 2, big);
+        append(table, entry.type, 2, big);
+        append(table, entry.count, 4, big);
         if (!entry.below.empty()) {
-            const std::uint32_t place = appendDirectory(out, entry.below.front(), big);
-            putNumber(out, at + 8, place, 4, big);
+            append(table, appendDirectory(out, entry.below.front(), big, place), 4, big);
         } else if (entry.value.size() <= 4) {
-            std::copy(entry.value.begin(), entry.value.end(), out.begin() + at + 8);
+            table += entry.value;
+            table.append(4 - entry.value.size(), '\0');
         } else {
             alignToWord(out);
-            putNumber(out, at + 8, static_cast<std::uint32_t>(out.size()), 4, big);
+            append(table, static_cast<std::uint32_t>(out.size()), 4, big);
             out += entry.value;
         }
-        at += 12;
     }
-    return begin;
+    append(table, 0, 4, big); // no directory follows
+    if (place == Place::AfterValues) {
+        alignToWord(out);
+        begin = out.size();
+        out.resize(begin + tableSize);
+    }
+    std::copy(table.begin(), table.end(), out.begin() + static_cast<std::ptrdiff_t>(begin));
+    return static_cast<std::uint32_t>(begin);
 }
 
 std::optional<Directory> firstDirectory(std::string_view data, TagFilter wanted)
@@ -380,7 +391,7 @@ std::string exifOfTiff(std::string_view file)
     std::string block(big ? "MM" : "II");
     append(block, 42, 2, big);
     append(block, kHeaderSize, 4, big);
-    appendDirectory(block, *directory, big);
+    appendDirectory(block, *directory, big, Place::BeforeValues);
     return block;
 }
 
@@ -429,7 +440,7 @@ void addTiffTags(std::string& file, std::string_view exif, std::uint16_t tag, st
     const auto sameTag = [](const Entry& a, const Entry& b) { return a.tag == b.tag; };
     entries.erase(std::unique(entries.begin(), entries.end(), sameTag), entries.end());
     const bool big = isBigEndian(file);
-    const std::uint32_t place = appendDirectory(file, *directory, big);
+    const std::uint32_t place = appendDirectory(file, *directory, big, Place::AfterValues);
     putNumber(file, 4, place, 4, big);
 }
 
