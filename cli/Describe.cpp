@@ -65,31 +65,30 @@ std::string kindOf(const Parameter& p)
     return {};
 }
 
-// Floats with their own few digits: this is for reading.
+// With the few digits that a reader needs: floats with their own, whole numbers without a point.
 std::string shown(const foundation::Value& value)
 {
-    return plugin::writtenForm(value, ValueKind::Float).value_or("");
+    std::string text = plugin::writtenForm(value, ValueKind::Float).value_or("");
+    if (text.ends_with(".0"))
+        text.resize(text.size() - 2);
+    return text;
 }
 
-std::string end(const std::optional<double>& value)
+// Limits that came from single-precision numbers look like those.
+std::string limit(double value)
 {
-    if (!value)
-        return "";
-    const auto whole = static_cast<std::int64_t>(*value);
-    // Limits that came from single-precision numbers look like those.
-    const auto narrow = static_cast<float>(*value);
-    const bool isFloat = double(narrow) == *value;
-    return double(whole) == *value ? std::to_string(whole)
-           : isFloat               ? shown(narrow)
-                                   : shown(*value);
+    const auto narrow = static_cast<float>(value);
+    return narrow == value ? shown(narrow) : shown(value);
 }
 
 std::string rangeOf(const Parameter& p)
 {
     const auto& [minimum, maximum] = p.valid;
-    if (!minimum && !maximum)
-        return "";
-    return (minimum ? end(minimum) : "") + " … " + (maximum ? end(maximum) : "");
+    if (minimum && maximum)
+        return limit(*minimum) + " to " + limit(*maximum);
+    if (minimum)
+        return limit(*minimum) + " or more";
+    return maximum ? limit(*maximum) + " or less" : "";
 }
 
 std::string startOf(const CIFMain& main, const Parameter& p)
@@ -123,8 +122,12 @@ std::string textOf(CIFMain& main, const plugin::Entry& entry)
 {
     std::vector<std::vector<std::string>> rows = {
         {"KEY", "KIND", "DEFAULT", "RANGE", "STARTS WITH"}};
-    std::string libraries;
+    std::string libraries, besides;
     for (const Parameter& p : entry.parameters) {
+        if (!p.isListed && p.kind != ValueKind::Brush) {
+            besides += (besides.empty() ? "\nLike every generator it understands " : ", ") + p.key;
+            continue;
+        }
         rows.push_back({p.key, kindOf(p), shown(p.defaultValue), rangeOf(p), startOf(main, p)});
         if (const auto names = plugin::libraryNames(main, p.kind); !names.empty()) {
             libraries += '\n' + p.key + " from the library:";
@@ -133,9 +136,11 @@ std::string textOf(CIFMain& main, const plugin::Entry& entry)
             libraries += '\n';
         }
     }
-    if (entry.parameters.empty())
-        return titleOf(main, entry) + "\n\nIt takes no values.\n";
-    return titleOf(main, entry) + "\n\n" + tableOf(rows) + libraries;
+    if (!besides.empty())
+        besides += ".\n";
+    if (rows.size() == 1)
+        return titleOf(main, entry) + "\n\nIt lists no values.\n" + besides;
+    return titleOf(main, entry) + "\n\n" + tableOf(rows) + libraries + besides;
 }
 
 } // namespace

@@ -59,7 +59,7 @@ std::optional<Integer> wholeNumber(std::string_view text)
 // What the option package collects before it is looked at.
 struct Words {
     std::string listWhat, toolkitVersion;
-    std::vector<std::string> positionals;
+    std::string first, second; // without a dash, after the command
     std::string seed, size, quality;
     bool quiet = false, verbose = false;
 };
@@ -131,25 +131,25 @@ Outcome<> checkOutput(OutputOptions& output, const Words& words)
     return {};
 }
 
-// The name and whatever else is given without a dash: `wanted` words after the name, which a recipe
-// file replaces.
+// NAME, which a recipe file replaces, and INPUT, where the command takes one.
 Outcome<> takePositionals(const char* usage, StepOptions& steps, std::string* input,
                           const Words& words)
 {
+    const auto misused = [&](const std::string& what) {
+        return wrongUsage(what + "; usage: " + usage);
+    };
     const bool named = steps.recipeFile.empty();
-    const std::size_t expected = (named ? 1 : 0) + (input ? 1 : 0);
-    if (words.positionals.size() > expected)
-        return wrongUsage(inQuotes(words.positionals[expected]) +
-                          " is one word too many; usage: " + usage);
-    if (words.positionals.size() < expected) {
-        const char* const missing = named && words.positionals.empty() ? "NAME" : "INPUT";
-        return wrongUsage(std::string(missing) + " is missing; usage: " + usage);
-    }
+    if (named && words.first.empty())
+        return misused("NAME is missing");
+    const std::string& tooMany = !named && input ? words.second : !named ? words.first : "";
+    if (!tooMany.empty())
+        return misused(inQuotes(tooMany) + " is one word too many: the recipe names its steps");
     if (named)
-        steps.name = words.positionals.front();
-    if (input)
-        *input = words.positionals.back();
-    return {};
+        steps.name = words.first;
+    if (!input)
+        return {};
+    *input = named ? words.second : words.first;
+    return input->empty() ? Outcome<>(misused("INPUT is missing")) : Outcome<>();
 }
 
 Outcome<> checkList(ListOptions& list, const Words& words)
@@ -256,9 +256,9 @@ Outcome<Invocation> parseCommandLine(int argc, const char* const* argv)
     describeCommand->footer(kDescribeExamples);
 
     CLI::App* const applyCommand = app.add_subcommand("apply", "Apply a filter to a picture file");
-    applyCommand->add_option(
-        "NAME INPUT", words.positionals,
-        "Identifier of the filter, and the picture file, - for standard input");
+    applyCommand->add_option("NAME", words.first,
+                             "Identifier of the filter or generator; left out with --recipe-from");
+    applyCommand->add_option("INPUT", words.second, "The picture file, - for standard input");
     addSteps(*applyCommand, apply.steps, words);
     addOutput(*applyCommand, apply.output, words,
               "png, jpg, tif or webp; told by OUTPUT's extension unless given");
@@ -266,7 +266,8 @@ Outcome<Invocation> parseCommandLine(int argc, const char* const* argv)
     applyCommand->footer(kApplyExamples);
 
     CLI::App* const generateCommand = app.add_subcommand("generate", "Make a new picture");
-    generateCommand->add_option("NAME", words.positionals, "Identifier of the generator");
+    generateCommand->add_option("NAME", words.first,
+                                "Identifier of the generator; left out with --recipe-from");
     generateCommand->add_option("--size", words.size, "Width and height in pixels, 1 to 100000")
         ->type_name("WxH");
     addSteps(*generateCommand, generate.steps, words);
@@ -295,8 +296,11 @@ Outcome<Invocation> parseCommandLine(int argc, const char* const* argv)
         return Invocation{Information{"cif " CIF_VERSION "\n"}};
     } catch (const CLI::ParseError& e) {
         const auto given = app.get_subcommands();
-        return wrongUsage(std::string(e.what()) + "; see cif " +
-                          (given.empty() ? "" : given.front()->get_name() + " ") + "--help");
+        const auto remaining = app.remaining(true);
+        return wrongUsage(
+            (remaining.empty() ? std::string(e.what())
+                               : inQuotes(remaining.front()) + " is not understood here") +
+            "; see cif " + (given.empty() ? "" : given.front()->get_name() + " ") + "--help");
     }
 
     Invocation invocation;

@@ -2,6 +2,7 @@
 #include "plugin/StartingValues.h"
 
 #include <algorithm>
+#include <utility>
 
 // The library's exported comparison: below, at or above 0.
 extern "C" int sortShadingMateriaNames(const char* a, const char* b, void* context) noexcept; // sic
@@ -159,16 +160,18 @@ void describeFilter(Entry& entry, const std::vector<std::string>& keys,
     }
 }
 
-// Keys that every generator understands, for those that are listed but not described.
+// What the generators' base understands, whether a generator lists it or not.
+constexpr std::pair<std::string_view, ValueKind> kSharedKeys[] = {
+    {"GLIFColorScheme", ValueKind::Integer},        {"GLIFSchemeKeyColor", ValueKind::Float},
+    {"GLIFColorRangeMin", ValueKind::Float},        {"GLIFColorRangeMax", ValueKind::Float},
+    {"GLIFUseBackgroundColor", ValueKind::Boolean}, {"GLIFBackgroundColor", ValueKind::Color},
+};
+
 ValueKind kindOfSharedKey(std::string_view key)
 {
-    if (key == "GLIFBackgroundColor")
-        return ValueKind::Color;
-    if (key == "GLIFUseBackgroundColor")
-        return ValueKind::Boolean;
-    if (key == "GLIFColorRangeMin" || key == "GLIFColorRangeMax" || key == "GLIFSchemeKeyColor")
-        return ValueKind::Float;
-    return ValueKind::Integer;
+    const auto shared =
+        std::ranges::find(kSharedKeys, key, &std::pair<std::string_view, ValueKind>::first);
+    return shared == std::end(kSharedKeys) ? ValueKind::Double : shared->second;
 }
 
 Parameter generatorParameter(const std::string& key, const DictionaryRef& described)
@@ -196,12 +199,19 @@ void describeGenerator(Entry& entry, const std::vector<std::string>& keys,
 {
     for (const std::string& key : keys)
         entry.parameters.push_back(generatorParameter(key, attributes[key].dictionary()));
-    if (entry.identifier == "GLIF_Dabs" && !entry.find("GLIFBrush")) {
+    const auto understand = [&](std::string_view key, ValueKind kind) {
+        if (entry.find(key))
+            return;
         Parameter p;
-        p.key = p.handedKey = "GLIFBrush";
-        p.kind = ValueKind::Brush;
+        p.key = p.handedKey = key;
+        p.isListed = false;
+        p.kind = kind;
         entry.parameters.push_back(std::move(p));
-    }
+    };
+    for (const auto& [key, kind] : kSharedKeys)
+        understand(key, kind);
+    if (entry.identifier == "GLIF_Dabs")
+        understand("GLIFBrush", ValueKind::Brush);
 }
 
 // Stable, and each name meets its neighbours in list order: the comparison is not symmetric, so the

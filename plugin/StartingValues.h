@@ -46,6 +46,7 @@ struct Parameter {
     std::string key;       // as the entry lists it: "inputCenter"
     std::string handedKey; // as the plug-in object is given it: "CIFinputCenter"
     std::string label;     // display name in English, empty when none is described
+    bool isListed = true;  // false: understood besides the entry's own input keys
     ValueKind kind = ValueKind::Double;
     int components = 0;  // of a vector; 0 when the description does not tell
     Range valid;         // numbers: described limits, widened by what the catalogue offers
@@ -59,7 +60,9 @@ struct Parameter {
 struct Entry {
     std::string identifier;
     bool isGenerator = false;
-    std::vector<Parameter> parameters; // in input-key order; "GLIFBrush" of GLIF_Dabs last
+    // In input-key order; then, for a generator, what it understands without listing it: the keys
+    // that all of them share, and "GLIFBrush" of GLIF_Dabs.
+    std::vector<Parameter> parameters;
 
     // By its own or its handed key; null when there is none.
     const Parameter* find(std::string_view key) const;

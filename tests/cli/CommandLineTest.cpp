@@ -88,10 +88,10 @@ TEST(CommandLine, RefusesBadInvocationsInOneLineAndLeavesNothing)
     const BadInvocation cases[] = {
         {{}, 2, "list, describe, apply or generate"},
         {{"paint"}, 2, "no command \"paint\""},
-        {{"--paint"}, 2, "--paint"},
+        {{"--paint"}, 2, "\"--paint\" is not understood"},
         {{"list", "brushes"}, 2, "filters or generators"},
         {{"list", "--toolkit-version", "new"}, 2, "949"},
-        {{"list", "--loud"}, 2, "--loud"},
+        {{"list", "--loud"}, 2, "\"--loud\" is not understood"},
         {{"describe"}, 2, "NAME is missing"},
         {{"describe", "CIGausianBlur"}, 2, "did you mean CIGaussianBlur"},
         {{"describe", "GLIF_Plasmo"}, 2, "GLIF_Plasma"},
@@ -101,7 +101,8 @@ TEST(CommandLine, RefusesBadInvocationsInOneLineAndLeavesNothing)
         {{"apply"}, 2, "NAME is missing"},
         {{"apply", "CIColorInvert"}, 2, "INPUT is missing"},
         {{"apply", "CIColorInvert", "in.png"}, 2, "-o OUTPUT is missing"},
-        {{"apply", "CIColorInvert", "in.png", "out.png"}, 2, "one word too many"},
+        {{"apply", "CIColorInvert", "in.png", "out.png"}, 2, "\"out.png\" is not understood"},
+        {{"apply", "CIColorInvert", "in.png", "b", "-o", "out.png"}, 2, "\"b\" is not understood"},
         {{"apply", "Gaussian Blr", "in.png", "-o", "out.png"}, 2, "CIGaussianBlur"},
         {{"apply", "Crop", "in.png", "-o", "out.png"}, 2, "selection in the editor"},
         {blurWith({"--set"}), 2, "--set"},
@@ -186,7 +187,7 @@ TEST(CommandLine, RefusesBadInvocationsInOneLineAndLeavesNothing)
          2,
          "makes pixels"},
         {{"generate", "CIGaussianBlur", "--size", "9x9", "-o", "out.png"}, 2, "use cif apply"},
-        {{"generate", "GLIF_Plasma", "in.png", "--size", "9x9", "-o", "out.png"}, 2, "too many"},
+        {{"generate", "GLIF_Plasma", "in.png", "--size", "9x9", "-o", "out.png"}, 2, "\"in.png\""},
     };
     for (const BadInvocation& c : cases) {
         std::string line = "cif";
