@@ -14,8 +14,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A reader of standard input need not take more than this for one picture.
-constexpr std::size_t kLargestInput = std::size_t{4} << 30;
+// More than any picture file is, less than memory holds: a pipe may never end.
+constexpr std::size_t kLargestInput = std::size_t{1} << 30;
 
 volatile std::sig_atomic_t isWriting = 0;
 volatile std::sig_atomic_t heldSignal = 0;
@@ -58,7 +58,8 @@ Outcome<std::string> readStream(std::FILE* stream, const std::string& shown, std
     char buffer[1 << 16];
     while (const std::size_t n = std::fread(buffer, 1, sizeof buffer, stream)) {
         if (bytes.size() + n > limit)
-            return std::unexpected(Failure{status, shown + " is too large"});
+            return std::unexpected(Failure{status, shown + " is too large: more than " +
+                                                       std::to_string(limit >> 20) + " MB"});
         bytes.append(buffer, n);
     }
     if (std::ferror(stream))
@@ -123,21 +124,21 @@ Outcome<std::string> readFile(const std::string& name, std::size_t limit, ExitSt
 
 Outcome<codecs::PictureRef> readPicture(const std::string& name)
 {
-    if (name != "-") {
+    std::error_code error;
+    const bool isPipe = name == "-" || fs::is_fifo(name, error);
+    if (!isPipe) {
         foundation::Result<codecs::PictureRef> picture = codecs::readPicture(name);
-        if (!picture)
-            return noPicture(picture.error());
-        return *std::move(picture);
+        return picture ? Outcome<codecs::PictureRef>(*std::move(picture))
+                       : noPicture(picture.error());
     }
-    const Outcome<std::string> bytes =
-        readStream(stdin, "standard input", kLargestInput, kNoPicture);
+    const std::string shown = name == "-" ? "standard input" : name;
+    const Outcome<std::string> bytes = name == "-"
+                                           ? readStream(stdin, shown, kLargestInput, kNoPicture)
+                                           : readFile(name, kLargestInput, kNoPicture);
     if (!bytes)
         return std::unexpected(bytes.error());
-    foundation::Result<codecs::PictureRef> picture =
-        codecs::decodePicture(*bytes, "standard input");
-    if (!picture)
-        return noPicture(picture.error());
-    return *std::move(picture);
+    foundation::Result<codecs::PictureRef> picture = codecs::decodePicture(*bytes, shown);
+    return picture ? Outcome<codecs::PictureRef>(*std::move(picture)) : noPicture(picture.error());
 }
 
 Outcome<> checkWritable(const fs::path& file)

@@ -146,6 +146,9 @@ Outcome<> Progress::run(const Step& step)
         const std::string why = lastLogLine();
         return noPicture(why.empty() ? name + " made no picture" : why);
     }
+    // Pixels are made when they are looked at; looking now tells at which step they fail.
+    if (!made->recording() && !made->bitmap())
+        return noPicture(name + " made no pixels: memory is short");
     _picture = std::move(made);
     _size = _picture->size();
     _asRun.push_back(prepared->asRun);
@@ -172,7 +175,7 @@ Outcome<> Progress::write(Output output) const
         return cli::write(output, *_picture);
     const imaging::BitmapRef bitmap = _picture->bitmap();
     if (!bitmap)
-        return noPicture(_asRun.back().identifier + " made no pixels: memory is short");
+        return noPicture(_asRun.back().identifier + " made no pixels: " + lastLogLine());
     return cli::write(output, *drawing::Picture::fromBitmap(bitmap, _source->metadata()));
 }
 

@@ -1,6 +1,8 @@
 // Reads attribute descriptions and catalogue descriptors into parameters, as the editor's pages do.
 #include "plugin/StartingValues.h"
 
+#include "platform/drawing/Picture.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -340,6 +342,24 @@ Result<Dictionary> startingValues(const CIFMain& main, const Entry& entry, Size 
             values.set(p.handedKey, *std::move(value));
     }
     return values;
+}
+
+PictureRef convertMaskImage(const PictureRef& picture)
+{
+    const imaging::BitmapRef source = picture->isVector() ? nullptr : picture->bitmap();
+    if (!source || source->format() != imaging::PixelFormat::Rgba8 || !source->computeIsOpaque())
+        return picture;
+    const auto mask =
+        imaging::Bitmap::makeClear(source->width(), source->height(), imaging::PixelFormat::Rgba8);
+    if (!mask)
+        return picture;
+    for (int y = 0; y < source->height(); ++y) {
+        const auto* from = source->rowAs<std::uint8_t>(y);
+        auto* to = mask->rowAs<std::uint8_t>(y);
+        for (int x = 0; x < source->width(); ++x)
+            to[x * 4 + 3] = from[x * 4];
+    }
+    return drawing::Picture::fromBitmap(mask, picture->size());
 }
 
 } // namespace plugin

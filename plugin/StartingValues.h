@@ -87,4 +87,8 @@ std::vector<std::string> libraryNames(const CIFMain& main, ValueKind kind);
 // Null when the library has none of that name.
 PictureRef libraryPicture(const CIFMain& main, ValueKind kind, std::string_view name);
 
+// A brush that the user has chosen from a file: pixels without transparency, 8 bits each, become
+// black with the first component as alpha; any other picture is answered as it is.
+PictureRef convertMaskImage(const PictureRef& picture);
+
 } // namespace plugin

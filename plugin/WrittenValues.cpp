@@ -224,6 +224,8 @@ Result<Value> pictureOf(const CIFMain& main, const Parameter& p, std::string_vie
             known += (known.empty() ? "; the library has " : ", ") + name;
         return Error{p.key + ": " + picture.error() + known};
     }
+    if (p.kind == ValueKind::Brush)
+        return Value(convertMaskImage(*picture));
     if (p.kind != ValueKind::Picture)
         return Value(*picture);
     if (!(*picture)->bitmap())

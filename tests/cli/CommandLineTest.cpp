@@ -10,6 +10,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <sstream>
+#include <sys/stat.h>
+#include <thread>
 
 namespace {
 
@@ -300,6 +303,7 @@ TEST(Describe, AsJsonIsWhatThePlugInAnswers)
         expectDone(ran);
         const Value answer = json(ran.out);
         const auto keys = main.CIFQueryInputKeysForFilter(name);
+        ASSERT_TRUE(keys);
         const auto outputs = main.CIFQueryOutputKeysForFilter(name);
         EXPECT_EQ(answer,
                   throughJson(Dictionary{{"name", name},
@@ -316,8 +320,9 @@ TEST(Describe, ForPeopleNamesKindRangeAndStartingValue)
     EXPECT_THAT(glass, testing::ContainsRegex("inputTexture +texture +Bubbles\n"));
     EXPECT_THAT(glass, testing::ContainsRegex("inputCenter +point .*centre of the picture\n"));
     EXPECT_THAT(glass, HasSubstr("from the library: Bubbles, Ripple\n"));
-    const std::string plasma = shell.run({"describe", "GLIF_Plasma"}).out;
-    EXPECT_THAT(plasma, testing::ContainsRegex("GLIFUseBackgroundColor +switch +"));
+    const std::string curve = shell.run({"describe", "GLIF_HilbertCurve"}).out;
+    EXPECT_THAT(curve, testing::ContainsRegex("GLIFUseBackgroundColor +switch +false +false\n"));
+    EXPECT_THAT(curve, HasSubstr("understands GLIFColorRangeMin, GLIFColorRangeMax."));
     EXPECT_THAT(shell.run({"describe", "GLIF_Dabs"}).out,
                 testing::ContainsRegex("GLIFBrush +brush +Dot\n"));
 }
@@ -389,6 +394,18 @@ TEST(Apply, ReadsStandardInputAndWritesStandardOutput)
     EXPECT_EQ(pixelsOf(shell.picture("piped.png")), pixelsOf(shell.picture("out.png")));
 }
 
+TEST(Apply, ReadsNamedPipes)
+{
+    Shell shell;
+    shell.writePicture("in.png", 24, 16);
+    ASSERT_EQ(mkfifo(shell.path("pipe").c_str(), 0600), 0);
+    std::thread writer([&] { shell.write("pipe", shell.read("in.png")); });
+    expectDone(shell.run({"apply", "CIColorInvert", "pipe", "-o", "out.png"}));
+    writer.join();
+    expectDone(shell.run({"apply", "CIColorInvert", "in.png", "-o", "same.png"}));
+    EXPECT_EQ(shell.read("out.png"), shell.read("same.png"));
+}
+
 TEST(Apply, ReplacesItsInputOnlyWhenAsked)
 {
     Shell shell;
@@ -442,8 +459,8 @@ TEST(Recipe, OfAPictureRepeatsIt)
 TEST(Recipe, OfAGeneratedPictureRepeatsItFromEveryFormat)
 {
     const Shell shell;
-    const Words squares = {"generate", "GLIF_TwistedSquares", "--size", "60x40", "--seed", "5",
-                           "--set",    "GLIFColorScheme=3",   "-o"};
+    const Words squares = {"generate", "GLIF_HilbertCurve", "--size", "60x40", "--seed", "5",
+                           "--set",    "GLIFColorScheme=3", "-o"};
     const auto with = [](Words words, const char* last) {
         words.emplace_back(last);
         return words;
@@ -459,7 +476,7 @@ TEST(Recipe, OfAGeneratedPictureRepeatsItFromEveryFormat)
     const std::string recipe = shell.picture("made.png")->metadata().recipe;
     const auto read = plugin::parseRecipe(recipe);
     ASSERT_TRUE(read) << read.error();
-    EXPECT_EQ(read->at(0).identifier, "GLIF_TwistedSquares");
+    EXPECT_EQ(read->at(0).identifier, "GLIF_HilbertCurve");
     EXPECT_EQ(read->at(0).seed, 5u);
     EXPECT_EQ(*read->at(0).find("GLIFColorScheme"), "3");
     EXPECT_THAT(recipe, HasSubstr("\"version\":\"" CIF_VERSION "\""));
@@ -534,12 +551,13 @@ TEST(Generate, PaintsWithABrushOfTheLibrary)
 TEST(Generate, TracesEveryDrawingOperation)
 {
     const Shell shell;
-    for (const char* name : {"GLIF_TwistedSquares", "GLIF_FlashLines", "GLIF_Plasma"}) {
+    for (const char* name : {"GLIF_HilbertCurve", "GLIF_FlashLines", "GLIF_Plasma"}) {
         SCOPED_TRACE(name);
         expectDone(shell.run({"generate", name, "--size", "60x40", "--seed", "5", "-o", "out.png",
                               "--trace", "trace.jsonl"}));
         CIFMain main;
         const auto entry = plugin::describeEntry(main, name);
+        ASSERT_TRUE(entry);
         auto attributes = plugin::startingValues(main, *entry, {60, 40});
         ASSERT_TRUE(attributes);
         attributes->set("GLIFRandomSeed", 5);
@@ -568,7 +586,7 @@ TEST(Generate, DrawnPicturesBecomeVectorFiles)
         {"pdf", "%PDF"}, {"svg", "<?xml"}, {"eps", "%!PS"}};
     for (const auto& [extension, start] : starts) {
         const std::string file = std::string("out.") + extension;
-        expectDone(shell.run({"generate", "GLIF_TwistedSquares", "--size", "60x40", "-o", file}));
+        expectDone(shell.run({"generate", "GLIF_HilbertCurve", "--size", "60x40", "-o", file}));
         EXPECT_TRUE(shell.read(file).starts_with(start)) << file;
     }
 }

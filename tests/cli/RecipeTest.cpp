@@ -119,9 +119,9 @@ public:
     {
         Recipe recipe(1 + pick(3));
         for (RecipeStep& step : recipe) {
-            step.identifier = "F" + text("=");
+            step.identifier = std::string("F").append(text("="));
             for (int n = pick(5); n > 0; --n)
-                step.setValue("k" + text("="), pick(2) ? text("") : number());
+                step.setValue(std::string("k").append(text("=")), pick(2) ? text("") : number());
             if (pick(2))
                 step.seed = static_cast<std::uint32_t>(_engine());
             step.withStartingValues = pick(3) != 0;

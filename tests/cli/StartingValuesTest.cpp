@@ -90,6 +90,22 @@ TEST_F(StartingValues, TakeTheFirstTextureAndMaterialOfTheMenu)
               Value(_main->CIFShadingMaterialWithName("Marble")));
 }
 
+TEST_F(StartingValues, BrushesFromFilesWithoutTransparencyBecomeMasks)
+{
+    _shell.writePicture("grey.png", 9, 7);
+    _shell.writePicture("clear.png", 9, 7, true);
+    const auto grey = _shell.picture("grey.png"), clear = _shell.picture("clear.png");
+    const auto mask = convertMaskImage(grey)->bitmap();
+    for (int y = 0; y < 7; ++y) {
+        for (int x = 0; x < 9; ++x) {
+            const std::uint8_t* m = mask->rowAs<std::uint8_t>(y) + x * 4;
+            EXPECT_EQ(m[0] + m[1] + m[2], 0);
+            EXPECT_EQ(m[3], grey->bitmap()->rowAs<std::uint8_t>(y)[x * 4]);
+        }
+    }
+    EXPECT_EQ(convertMaskImage(clear), clear);
+}
+
 TEST_F(StartingValues, EveryOneLiesInItsOwnRanges)
 {
     int numbers = 0;
@@ -132,9 +148,10 @@ TEST_F(StartingValues, PreparedStepsRepeatToTheSameAttributes)
 {
     for (const char* name :
          {"CIColorControls", "CIGlassDistortion", "CIFShadingFilter", "CIColorMonochrome",
-          "CIFNetDistortion", "GLIF_Plasma", "GLIF_Dabs", "GLIF_TwistedSquares"}) {
+          "CIFNetDistortion", "GLIF_Plasma", "GLIF_Dabs", "GLIF_HilbertCurve"}) {
         SCOPED_TRACE(name);
         const Entry e = entry(name);
+        ASSERT_FALSE(e.parameters.empty());
         const auto first =
             prepareStep(*_main, e, {name, {}, 77, true}, {300, 200}, Checking::Strict);
         ASSERT_TRUE(first) << first.error().text;
