@@ -141,6 +141,7 @@ Outcome<> Progress::run(const Step& step)
                    ? _main.CIFGenerateLayerAttributesForImage(name, prepared->attributes, _picture)
                    : _main.CIFGenerateLayerAttributesSize(name, prepared->attributes, _size);
         _randomDraws = generators::randomDraws();
+        _source = nullptr; // nothing of it is left, its metadata would be wrong
     }
     if (!made) {
         const std::string why = lastLogLine();

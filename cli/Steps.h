@@ -38,7 +38,8 @@ public:
 private:
     CIFMain& _main;
     plugin::Checking _checking;
-    drawing::PictureRef _source, _picture;
+    drawing::PictureRef _source; // whose metadata the result keeps
+    drawing::PictureRef _picture;
     foundation::Size _size;
     plugin::Recipe _asRun;
     std::uint64_t _randomDraws = 0;

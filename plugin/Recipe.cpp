@@ -17,11 +17,15 @@ using foundation::Number;
 
 namespace {
 
-constexpr std::string_view kReserved[] = {"blend", "opacity", "mask"};
-
 bool isReserved(std::string_view word)
 {
-    return std::ranges::find(kReserved, word) != std::end(kReserved);
+    return word == "blend" || word == "opacity" || word == "mask";
+}
+
+// Words about the step itself, in the place of parameters.
+bool isStepWord(std::string_view word)
+{
+    return word == "seed" || word == "defaults" || isReserved(word);
 }
 
 std::string inQuotes(std::string_view text)
@@ -307,8 +311,7 @@ Result<RecipeStep> stepFromJson(const Value& value)
             return Error{"has a \"set\" that is no object"};
         for (const auto& [parameter, given] : *set) {
             const auto text = textOfJson(given);
-            RecipeStep unused;
-            if (takeStepWord(unused, parameter, ""))
+            if (isStepWord(parameter))
                 return Error{"sets " + inQuotes(parameter) + ", which belongs beside \"set\""};
             if (!text || parameter.empty() || parameter.contains('='))
                 return Error{"sets " + inQuotes(parameter) + " to " + given.kindName() +
@@ -452,6 +455,9 @@ std::expected<PreparedStep, StepError> prepareStep(const CIFMain& main, const En
     }
     for (const auto& [key, text] : step.set) {
         const Parameter* p = entry.find(key);
+        if (isStepWord(key))
+            return std::unexpected(
+                StepError{inQuotes(key) + " is no parameter but about the step"});
         if (checking == Checking::Strict)
             if (const std::string why = whyNotSettable(entry, p, key); !why.empty())
                 return std::unexpected(StepError{why});

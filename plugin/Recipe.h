@@ -38,7 +38,7 @@ using Recipe = std::vector<RecipeStep>;
 // column, or the step and what is wrong with it.
 Result<Recipe> parseRecipe(std::string_view text);
 
-// Every recipe reads back as it was.
+// Every recipe reads back as it was (in JSON, as far as its words are UTF-8).
 std::string recipeText(const Recipe& recipe);
 // `version`, unless empty, is noted in every step; readers pass over it.
 std::string recipeJson(const Recipe& recipe, std::string_view version = {});
