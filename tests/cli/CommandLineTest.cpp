@@ -138,7 +138,7 @@ TEST(CommandLine, RefusesBadInvocationsInOneLineAndLeavesNothing)
         {{"apply", "CIColorInvert", "in.png", "-o", "folder"}, 2, "does not tell the format"},
         {{"apply", "CIColorInvert", "in.png", "-o", "folder", "--format", "png"}, 1, "is a folder"},
         {{"apply", "CIColorInvert", "in.png", "-o", "none/out.png"}, 1, "no folder \"none\""},
-        {{"apply", "CITwirlDistortion", "in.png", "-o", "out.png", "--set", "inputCenter=5"},
+        {{"apply", "CICheckerboardGenerator", "in.png", "-o", "out.png", "--set", "inputCenter=5"},
          2,
          "a point x,y"},
         {{"apply", "CIColorMonochrome", "in.png", "-o", "out.png", "--set", "inputColor=red"},
@@ -150,9 +150,9 @@ TEST(CommandLine, RefusesBadInvocationsInOneLineAndLeavesNothing)
         {{"apply", "CIColorMonochrome", "in.png", "-o", "out.png", "--set", "inputColor=#12345"},
          2,
          "#rrggbb"},
-        {{"apply", "CIGlassDistortion", "in.png", "-o", "out.png", "--set", "inputTexture=Fog"},
+        {{"apply", "CIShadedMaterial", "in.png", "-o", "out.png", "--set", "inputShadingImage=Fog"},
          1,
-         "the library has Bubbles, Ripple"},
+         "the library has Marble, Sand, clay"},
         {{"apply", "--recipe-from", "bad.recipe", "in.png", "-o", "out.png"},
          2,
          "line 2, column 16"},
@@ -207,16 +207,10 @@ TEST(CommandLine, SaysWhatTheLibraryLacks)
     Shell shell;
     shell.writePicture("in.png", 24, 16);
     std::filesystem::remove_all(shell.library() / "Textures");
-    expectOneLineError(shell.run({"apply", "CIGlassDistortion", "in.png", "-o", "out.png"}), 1,
-                       "can't locate glass texture");
-    expectOneLineError(shell.run({"apply", "CIFShadingFilter", "in.png", "-o", "out.png"}), 1,
+    expectOneLineError(shell.run({"apply", "CIShadedMaterial", "in.png", "-o", "out.png"}), 1,
                        "can't locate shading material");
-    expectDone(shell.run(
-        {"apply", "CIGlassDistortion", "in.png", "-o", "out.png", "--set", "inputTexture=in.png"}));
-    std::filesystem::remove_all(shell.library() / "Brushes");
-    expectOneLineError(shell.run({"generate", "GLIF_Dabs", "--size", "9x9", "-o", "dabs.png"}), 1,
-                       "Can't loaded resource");
-    EXPECT_FALSE(shell.has("dabs.png"));
+    expectDone(shell.run({"apply", "CIShadedMaterial", "in.png", "-o", "out.png", "--set",
+                          "inputShadingImage=in.png"}));
 }
 
 TEST(CommandLine, AnInterruptEndsWith130AndLeavesNothing)
@@ -296,8 +290,8 @@ TEST(Describe, AsJsonIsWhatThePlugInAnswers)
 {
     const Shell shell;
     CIFMain main;
-    for (const char* name :
-         {"CIGaussianBlur", "CIFShadingFilter", "CITwirlDistortion", "GLIF_Plasma", "GLIF_Dabs"}) {
+    for (const char* name : {"CIGaussianBlur", "CIFSobel", "CICheckerboardGenerator",
+                             "CIShadedMaterial", "GLIF_Plasma"}) {
         SCOPED_TRACE(name);
         const Ran ran = shell.run({"describe", name, "--json"});
         expectDone(ran);
@@ -316,57 +310,60 @@ TEST(Describe, AsJsonIsWhatThePlugInAnswers)
 TEST(Describe, ForPeopleNamesKindRangeAndStartingValue)
 {
     const Shell shell;
-    const std::string glass = shell.run({"describe", "CIGlassDistortion"}).out;
-    EXPECT_THAT(glass, testing::ContainsRegex("inputTexture +texture +Bubbles\n"));
-    EXPECT_THAT(glass, testing::ContainsRegex("inputCenter +point .*centre of the picture\n"));
-    EXPECT_THAT(glass, HasSubstr("from the library: Bubbles, Ripple\n"));
+    const std::string material = shell.run({"describe", "CIShadedMaterial"}).out;
+    EXPECT_THAT(material, testing::ContainsRegex("inputShadingImage +material +Marble\n"));
+    EXPECT_THAT(material, HasSubstr("from the library: Marble, Sand, clay\n"));
+    EXPECT_THAT(shell.run({"describe", "CICheckerboardGenerator"}).out,
+                testing::ContainsRegex("inputCenter +point .*centre of the picture\n"));
     const std::string curve = shell.run({"describe", "GLIF_HilbertCurve"}).out;
     EXPECT_THAT(curve, testing::ContainsRegex("GLIFUseBackgroundColor +switch +false +false\n"));
     EXPECT_THAT(curve, HasSubstr("understands GLIFColorRangeMin, GLIFColorRangeMax."));
-    EXPECT_THAT(shell.run({"describe", "GLIF_Dabs"}).out,
-                testing::ContainsRegex("GLIFBrush +brush +Dot\n"));
 }
 
 // What the command line makes equals what a host gets for the same attributes.
 TEST(Apply, HandsOverStartingValuesAndWhatIsSet)
 {
+    using foundation::Color;
+    using foundation::Point;
+    const char* const name = "CICheckerboardGenerator";
     Shell shell;
     shell.writePicture("in.png", 40, 30, true);
-    expectDone(shell.run(
-        {"apply", "CITwirlDistortion", "in.png", "-o", "out.png", "--set", "inputAngle=1.5"}));
-    expectDone(shell.run({"apply", "CITwirlDistortion", "in.png", "-o", "bare.png", "--no-defaults",
-                          "--set", "CIFinputCenter=10,5"}));
+    expectDone(
+        shell.run({"apply", name, "in.png", "-o", "out.png", "--set", "inputSharpness=0.5"}));
+    expectDone(shell.run({"apply", name, "in.png", "-o", "bare.png", "--no-defaults", "--set",
+                          "inputCenter=10,5", "--set", "inputColor0=#ff000080"}));
     CIFMain main;
-    const auto made =
-        main.CIFApplyFilterAttributesForImage("CITwirlDistortion",
-                                              {{"CIFinputCenter", foundation::Point{20, 15}},
-                                               {"inputRadius", 325.0f},
-                                               {"inputAngle", 1.5}},
-                                              shell.picture("in.png"));
+    const auto made = main.CIFApplyFilterAttributesForImage(name,
+                                                            {{"CIFinputCenter", Point{20, 15}},
+                                                             {"inputColor0", Color::white()},
+                                                             {"inputColor1", Color::black()},
+                                                             {"inputWidth", 32.0f},
+                                                             {"inputSharpness", 0.5}},
+                                                            shell.picture("in.png"));
     EXPECT_EQ(pixelsOf(shell.picture("out.png")), pixelsOf(made));
     const auto bare = main.CIFApplyFilterAttributesForImage(
-        "CITwirlDistortion", {{"CIFinputCenter", foundation::Point{10, 5}}},
+        name,
+        {{"CIFinputCenter", Point{10, 5}}, {"inputColor0", Color::rgb(1, 0, 0, 128 / 255.0f)}},
         shell.picture("in.png"));
     EXPECT_EQ(pixelsOf(shell.picture("bare.png")), pixelsOf(bare));
     EXPECT_NE(pixelsOf(made), pixelsOf(bare));
 }
 
-TEST(Apply, TakesTexturesAndMaterialsByNameOrFile)
+TEST(Apply, TakesMaterialsByNameOrFile)
 {
     Shell shell;
     shell.writePicture("in.png", 40, 30);
-    shell.writePicture("texture.png", 20, 20);
-    const auto glass = [&](const char* output, const Words& more) {
-        Words words = {"apply", "CIGlassDistortion", "in.png", "-o", output,
-                       "--set", "inputScale=20"};
+    shell.writePicture("material.png", 20, 20);
+    const auto shaded = [&](const char* output, const Words& more) {
+        Words words = {"apply", "CIShadedMaterial", "in.png", "-o", output};
         words.insert(words.end(), more.begin(), more.end());
         expectDone(shell.run(words));
         return pixelsOf(shell.picture(output));
     };
-    // The library's textures are all alike here; a file of another size is not.
-    const std::string first = glass("first.png", {});
-    EXPECT_EQ(glass("named.png", {"--set", "inputTexture=Ripple"}), first);
-    EXPECT_NE(glass("file.png", {"--set", "inputTexture=texture.png"}), first);
+    // The library's materials are all alike here; a file of another size is not.
+    const std::string first = shaded("first.png", {});
+    EXPECT_EQ(shaded("named.png", {"--set", "inputShadingImage=clay"}), first);
+    EXPECT_NE(shaded("file.png", {"--set", "CIFinputShadingImage=material.png"}), first);
 }
 
 TEST(Apply, UncheckedHandsOverAnything)
@@ -442,8 +439,8 @@ TEST(Recipe, OfAPictureRepeatsIt)
     Shell shell;
     shell.writePicture("in.png", 40, 30, true);
     for (const Words& step :
-         {Words{"CITwirlDistortion", "--set", "inputAngle=0.7"},
-          Words{"CIFShadingFilter", "--set", "inputShadingImage=clay"}, Words{"CIColorControls"},
+         {Words{"CICheckerboardGenerator", "--set", "inputWidth=7.5"},
+          Words{"CIShadedMaterial", "--set", "inputShadingImage=clay"}, Words{"CIColorControls"},
           Words{"CIGaussianBlur", "--no-defaults"}, Words{"GLIF_Plasma", "--seed", "9"}}) {
         SCOPED_TRACE(step.front());
         Words words = {"apply", step.front(), "in.png", "-o", "made.png"};
@@ -538,21 +535,10 @@ TEST(Generate, TheSeedDecidesThePicture)
     EXPECT_NE(plasma("bare.png", {"--no-defaults"}), unseeded);
 }
 
-TEST(Generate, PaintsWithABrushOfTheLibrary)
-{
-    const Shell shell;
-    for (const char* brush : {"Dot", "../library/Brushes/Dot.tif"}) {
-        expectDone(shell.run({"generate", "GLIF_Dabs", "--size", "50x40", "-o", "named.png",
-                              "--set", std::string("GLIFBrush=") + brush}));
-        expectDone(shell.run({"generate", "GLIF_Dabs", "--size", "50x40", "-o", "first.png"}));
-        EXPECT_EQ(pixelsOf(shell.picture("named.png")), pixelsOf(shell.picture("first.png")));
-    }
-}
-
 TEST(Generate, TracesEveryDrawingOperation)
 {
     const Shell shell;
-    for (const char* name : {"GLIF_HilbertCurve", "GLIF_FlashLines", "GLIF_Plasma"}) {
+    for (const char* name : {"GLIF_HilbertCurve", "GLIF_Plasma"}) {
         SCOPED_TRACE(name);
         expectDone(shell.run({"generate", name, "--size", "60x40", "--seed", "5", "-o", "out.png",
                               "--trace", "trace.jsonl"}));
@@ -590,6 +576,52 @@ TEST(Generate, DrawnPicturesBecomeVectorFiles)
         expectDone(shell.run({"generate", "GLIF_HilbertCurve", "--size", "60x40", "-o", file}));
         EXPECT_TRUE(shell.read(file).starts_with(start)) << file;
     }
+}
+
+TEST(Textures, AreTakenByNameOrFile)
+{
+    Shell shell;
+    shell.writePicture("in.png", 40, 30);
+    shell.writePicture("texture.png", 20, 20);
+    const auto glass = [&](const char* output, const Words& more) {
+        Words words = {"apply", "CIGlassDistortion", "in.png", "-o", output,
+                       "--set", "inputScale=20"};
+        words.insert(words.end(), more.begin(), more.end());
+        expectDone(shell.run(words));
+        return pixelsOf(shell.picture(output));
+    };
+    const std::string first = glass("first.png", {});
+    EXPECT_EQ(glass("named.png", {"--set", "inputTexture=Ripple"}), first);
+    const std::string file = glass("file.png", {"--set", "inputTexture=texture.png"});
+    EXPECT_NE(file, first);
+    EXPECT_THAT(shell.run({"describe", "CIGlassDistortion"}).out,
+                testing::ContainsRegex("inputTexture +texture +Bubbles\n"));
+
+    std::filesystem::remove_all(shell.library() / "Textures");
+    expectOneLineError(shell.run({"apply", "CIGlassDistortion", "in.png", "-o", "out.png"}), 1,
+                       "can't locate glass texture");
+    EXPECT_EQ(glass("file.png", {"--set", "inputTexture=texture.png"}), file);
+}
+
+TEST(Brushes, AreTakenByNameOrFile)
+{
+    Shell shell;
+    const auto dabs = [&](const char* output, const Words& more) {
+        Words words = {"generate", "GLIF_Dabs", "--size", "50x40", "-o", output};
+        words.insert(words.end(), more.begin(), more.end());
+        expectDone(shell.run(words));
+        return pixelsOf(shell.picture(output));
+    };
+    const std::string first = dabs("first.png", {});
+    EXPECT_EQ(dabs("named.png", {"--set", "GLIFBrush=Dot"}), first);
+    EXPECT_EQ(dabs("file.png", {"--set", "GLIFBrush=../library/Brushes/Dot.tif"}), first);
+    EXPECT_THAT(shell.run({"describe", "GLIF_Dabs"}).out,
+                testing::ContainsRegex("GLIFBrush +brush +Dot\n"));
+
+    std::filesystem::remove_all(shell.library() / "Brushes");
+    expectOneLineError(shell.run({"generate", "GLIF_Dabs", "--size", "9x9", "-o", "out.png"}), 1,
+                       "Can't loaded resource");
+    EXPECT_FALSE(shell.has("out.png"));
 }
 
 } // namespace
