@@ -141,7 +141,8 @@ int main(int argc, char** argv)
     std::printf("invert %s\n", isInverse ? "right" : "wrong");
 
     // Both instruction sets are to print the same.
-    for (const char* filter : {"CIFSobel", "CIGaussianBlur", "CITwirlDistortion", "CIPointillize"})
+    for (const char* filter :
+         {"CIFSobel", "CIGaussianBlur", "CIFAffineTransform2Filter", "CIStarShineGenerator"})
         std::printf(
             "%s %016llx\n", filter,
             static_cast<unsigned long long>(
