@@ -8,7 +8,6 @@
 #include "platform/drawing/VectorSources.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -87,6 +86,15 @@ void settleProfile(Decoded& decoded)
         icc.clear();
 }
 
+// Numbers that no device has, and what is no number, count as unknown.
+void settleResolution(PictureMetadata& metadata)
+{
+    constexpr double kMost = 1e6;
+    const auto isSound = [](double dpi) { return dpi > 0 && dpi <= kMost; };
+    if (!isSound(metadata.dpiX) || !isSound(metadata.dpiY))
+        metadata.dpiX = metadata.dpiY = 0;
+}
+
 bool settleOrientation(Decoded& decoded)
 {
     std::string& exif = decoded.metadata.exif;
@@ -108,10 +116,12 @@ Result<PictureRef> decodeBitmap(std::string_view bytes, FileFormat format)
                                                            : decodeWebP(bytes);
     if (!decoded)
         return Error{decoded.error()};
-    settleProfile(*decoded.operator->());
-    if (!settleOrientation(*decoded.operator->()))
+    Decoded picture = *std::move(decoded);
+    settleProfile(picture);
+    settleResolution(picture.metadata);
+    if (!settleOrientation(picture))
         return Error{kNoMemory};
-    return Picture::fromBitmap(decoded->bitmap, std::move(decoded->metadata));
+    return Picture::fromBitmap(std::move(picture.bitmap), std::move(picture.metadata));
 }
 
 std::string vectorRecipe(std::string_view bytes, FileFormat format)
@@ -222,6 +232,7 @@ PictureMetadata keptMetadata(const PictureMetadata& all, const WriteOptions& opt
         kept = all;
     else if (options.metadata == KeepMetadata::Icc)
         kept.icc = all.icc;
+    settleResolution(kept);
     kept.recipe = options.metadata == KeepMetadata::None ? std::string() : options.recipe;
     return kept;
 }

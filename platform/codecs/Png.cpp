@@ -121,7 +121,8 @@ bool readHeader(Reader& reader)
     if (setjmp(png_jmpbuf(reader.png)))
         return false;
     png_set_read_fn(reader.png, &reader, readBytes);
-    png_set_user_limits(reader.png, Bitmap::kMaximumSide, Bitmap::kMaximumSide);
+    // makeBitmap() sets the limits, for all formats alike.
+    png_set_user_limits(reader.png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
     png_set_chunk_malloc_max(reader.png, kLargestBlock);
     png_set_keep_unknown_chunks(reader.png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
     png_set_keep_unknown_chunks(reader.png, PNG_HANDLE_CHUNK_AS_DEFAULT,

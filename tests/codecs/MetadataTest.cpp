@@ -126,6 +126,7 @@ TEST(Metadata, ExifBecomesTiffDirectoriesAndBack)
         // As another reader sees it.
         const std::string name = testing::TempDir() + "exif-" + std::to_string(::getpid()) + ".tif";
         std::ofstream(name, std::ios::binary) << file;
+        TIFFSetWarningHandler(nullptr); // it does not know our own tag
         TIFF* tiff = TIFFOpen(name.c_str(), "r");
         ASSERT_TRUE(tiff);
         char* maker = nullptr;
@@ -195,6 +196,18 @@ TEST(Metadata, LargeBlocksAreSplitOrRefusedInJpeg)
     m = {};
     m.xmp = large;
     EXPECT_THAT(error(m, ""), HasSubstr("no room for an XMP packet"));
+}
+
+TEST(Metadata, ResolutionsThatCannotBeCountAsUnknown)
+{
+    for (const double dpi : {0.0, -72.0, double(NAN), double(INFINITY), 1e300})
+        for (const FileFormat format : kPixelFormats) {
+            PictureMetadata metadata;
+            metadata.dpiX = 300;
+            metadata.dpiY = dpi;
+            const auto picture = pictureOf(noise(3, 3, PixelFormat::Rgba8, true), metadata);
+            EXPECT_EQ(read(encoded(*picture, format))->metadata().dpiX, 0);
+        }
 }
 
 TEST(Metadata, ProfilesOfOtherKindsOfPixelsAreDropped)

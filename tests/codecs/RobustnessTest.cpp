@@ -101,7 +101,9 @@ TEST(Absurd, HeadersAreRefusedBeforeMemoryIsTaken)
     };
     EXPECT_THAT(errorOf(png(100'000, 100'000)), HasSubstr("too large: 100000 x 100000"));
     EXPECT_THAT(errorOf(png(30'000, 30'000)), HasSubstr("truncated PNG"));
-    EXPECT_THAT(errorOf(png(200'000, 1)), HasSubstr("damaged PNG"));
+    EXPECT_THAT(errorOf(png(200'000, 1)), HasSubstr("too large: 200000 x 1 "));
+    EXPECT_THAT(errorOf(png(0x7FFF'FFFF, 0x7FFF'FFFF)), HasSubstr("too large"));
+    EXPECT_NE(errorOf(png(0xFFFF'FFFF, 0)), "");
 
     for (auto& [name, file] : smallFiles()) {
         if (name.ends_with(".jpg")) {
