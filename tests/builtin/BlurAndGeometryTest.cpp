@@ -2,6 +2,8 @@
 #include "tests/builtin/OnePixel.h"
 #include "tests/support/Golden.h"
 
+#include "platform/imaging/Filter.h"
+
 #include <cmath>
 
 using namespace support;

@@ -82,4 +82,4 @@ TEST(Sobel, AnUnsetIntensityIsNought)
     EXPECT_FALSE(described->contains("CIAttributeType"));
 }
 
-GOLDEN("CIFSobel", "photo-96x64");
+GOLDEN("CIFSobel", "photo-96x64", {{"inputIntensity", 1}});

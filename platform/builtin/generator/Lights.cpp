@@ -34,13 +34,14 @@ class CircleNoise {
 public:
     CircleNoise(double time, std::uint32_t salt)
     {
-        const double steps = std::isnan(time) ? 0 : std::floor(8 * time);
-        const auto step = static_cast<std::uint32_t>(foundation::saturateTo<std::int64_t>(steps));
-        const double t = std::clamp(8 * time - steps, 0.0, 1.0);
+        const double now = std::isnan(time) ? 0 : 8 * time;
+        const auto step = foundation::saturateTo<std::int64_t>(std::floor(now));
+        const double t = std::clamp(now - static_cast<double>(step), 0.0, 1.0);
         const double later = t * t * (3 - 2 * t);
         for (std::uint32_t i = 0; i < kCells; ++i) {
-            const double now = h01(i, step, salt), then = h01(i, step + 1, salt);
-            _values[i] = static_cast<float>(now + (then - now) * later);
+            const auto row = static_cast<std::uint32_t>(step);
+            const double a = h01(i, row, salt), b = h01(i, row + 1, salt);
+            _values[i] = static_cast<float>(a + (b - a) * later);
         }
         _values[kCells] = _values[0];
     }

@@ -17,29 +17,33 @@ constexpr Categories kGenerator = {"Generator", "Video", "StillImage", "BuiltIn"
 constexpr Categories kGradient = {"Gradient", "Video", "StillImage", "BuiltIn"};
 
 // How much of colour 0 there is along an axis of alternating stripes: 1 in the first stripe, which
-// begins at `start`, 0 in the next, with a ramp between them.
+// begins at `start` and runs upward, 0 in the next, with a ramp between them.
 struct StripeProfile {
     double start;
-    double perPixel;  // periods of two stripes
-    double steepness; // 1: linear fades from middle to middle
+    double width;
+    double slope; // a pixel; 1 for sharp edges
 
-    StripeProfile(double start, double width, double sharpness) : start(start)
+    StripeProfile(double start, double width, double sharpness)
+        : start(start), width(std::min(width, 1e30)),
+          slope(1 / std::max(1.0, (1 - sharpness) * width))
     {
         // Stripes too narrow to tell apart have their mean everywhere.
-        const bool wide = width >= 0.001;
-        perPixel = wide ? 0.5 / width : 0;
-        steepness = wide ? 1 / std::max(1 / width, 1 - sharpness) : 0;
+        if (!(width >= 0.001)) {
+            this->width = 1;
+            slope = 0;
+        }
     }
 
     F operator()(double anchor, F offset) const
     {
-        // Whole periods are taken off in double precision: stripes stay sharp far from the start.
-        const double phase = (anchor - start) * perPixel;
-        const F m = F(2.0f) * frac(F(phase - std::floor(phase)) + offset * F(perPixel));
-        const M first = m < F(1.0f);
-        const F rise = F(1.0f) - abs(F(2.0f) * m - select(first, F(1.0f), F(3.0f)));
-        const F wave = select(first, rise, -rise);
-        return clamp01(F(0.5f) + F(0.5 * steepness) * wave);
+        // The distance from the nearest beginning of a first stripe, to the right and to the left.
+        // Whole periods are taken off in double precision: stripes stay as they are far away.
+        const double period = 2 * width, d = anchor - start;
+        const F beyond = F(d - period * std::floor(d / period + 0.5)) + offset;
+        const F x = beyond - F(period) * floor(beyond * F(1 / period) + F(0.5f));
+        const F depth = min(abs(x), F(width) - abs(x));
+        const F ramp = select(x < F(0.0f), -depth, depth) * F(slope);
+        return clamp01(F(0.5f) + ramp);
     }
 };
 
