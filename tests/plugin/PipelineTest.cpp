@@ -186,51 +186,27 @@ TEST_F(Pipeline, RunsTransitionsTowardTransparency)
     }
     EXPECT_TRUE(main.constantColorImage().extent().isInfinite());
     EXPECT_EQ(pixel(main.constantColorImage(), 123, -45), (Pixel{0, 0, 0, 0}));
-    const PictureRef faded = apply("CIDissolveTransition", {{"inputTime", 0.25f}}, small);
-    const Pixel p = pixel(faded, 1, 1);
-    EXPECT_NEAR(p[0], 200, 1);
-    EXPECT_NEAR(p[3], 191, 1);
 }
 
-TEST_F(Pipeline, GivesThePageCurlItsBallItsBacksideAndItsExtent)
+TEST_F(Pipeline, GivesThePageCurlItsBall)
 {
     TemporaryFolder folder;
     const Variable resources("CIF_RESOURCES", folder.path().string());
-    const PictureRef source = patterned(24, 16);
-    const Dictionary half = {{"inputTime", 0.5f}, {"inputRadius", 6.0f}};
     LogLines log;
-    apply("CIPageCurlTransition", half, source);
+    const Dictionary without = prepared("CIPageCurlTransition", {});
     EXPECT_THAT(log.lines, ElementsAre("prepareAttributes: failed to set 'inputShadingImage'"));
-    EXPECT_TRUE(main.prepareAttributes({}).contains("inputTargetImage"));
+    EXPECT_FALSE(without.contains("inputShadingImage"));
+    EXPECT_TRUE(without.contains("inputTargetImage"));
 
     log.lines.clear();
     const PictureRef ball = plain(8, 8, {40, 80, 120, 255});
     folder.write("whiteBall.tiff", *codecs::encodePicture(*ball, codecs::FileFormat::Tiff, {}));
-    const PictureRef curled = apply("CIPageCurlTransition", half, source);
+    const Image loaded{prepared("CIPageCurlTransition", {})["inputShadingImage"].image()};
+    EXPECT_EQ(pixel(loaded, 3, 3), (Pixel{40, 80, 120, 255}));
     EXPECT_THAT(log.lines, ElementsAre());
     // It is read once.
     std::filesystem::remove(folder.path() / "whiteBall.tiff");
-    EXPECT_TRUE(main.prepareAttributes({}).contains("inputShadingImage"));
-
-    // The same filter set up by hand.
-    const auto filter = imaging::Filter::filterWithName("CIPageCurlTransition");
-    ASSERT_TRUE(filter);
-    filter->setDefaults();
-    const Image image = Image::fromBitmap(source->bitmap());
-    filter->setValueForKey(image, "inputImage");
-    filter->setValueForKey(image, "inputBacksideImage");
-    filter->setValueForKey(main.constantColorImage(), "inputTargetImage");
-    filter->setValueForKey(Image::fromBitmap(ball->bitmap()), "inputShadingImage");
-    for (const auto& [key, value] : half)
-        filter->setValueForKey(value, key);
-    const auto rendered = [&] {
-        return imaging::render(filter->outputImage(), {0, 0, 24, 16}, PixelFormat::Rgba8);
-    };
-    const auto withUsualExtent = rendered();
-    filter->setValueForKey(Vector(0, 0, 24, 16), "inputExtent");
-    const auto withPicturesExtent = rendered();
-    EXPECT_TRUE(sameBytes(curled->bitmap(), withPicturesExtent));
-    EXPECT_FALSE(sameBytes(withUsualExtent, withPicturesExtent));
+    EXPECT_TRUE(prepared("CIPageCurlTransition", {}).contains("inputShadingImage"));
 }
 
 TEST_F(Pipeline, ReusesSourceAndFilterForTheSamePictureAndName)
@@ -381,8 +357,7 @@ TEST_F(Pipeline, AddsTwoImagesForTheHost)
 
 TEST_F(Pipeline, CropsInfiniteResultsToThePicture)
 {
-    const PictureRef result =
-        apply("CIFMirrorTileFilter", {}, patterned(12, 7)); // tiles the whole plane
+    const PictureRef result = apply("CIAffineTile", {}, patterned(12, 7)); // tiles the whole plane
     ASSERT_TRUE(result);
     EXPECT_EQ(result->size(), (foundation::Size{12, 7}));
     for (int y = 0; y < 7; ++y)
@@ -427,19 +402,6 @@ TEST_F(Pipeline, FitsTransformedResultsIntoThePicture)
     EXPECT_EQ(pixel(image, 25, 10), (Pixel{255, 255, 255, 255}));
 }
 
-TEST_F(Pipeline, FitsTheKaleidoscope)
-{
-    const PictureRef result =
-        apply("CIKaleidoscope", {{"CIFinputCenter", Point{20, 10}}, {"inputCount", 0.5f}},
-              patterned(40, 20));
-    ASSERT_TRUE(result);
-    EXPECT_EQ(result->size(), (foundation::Size{40, 20}));
-    // A square in the middle of a wide picture.
-    EXPECT_EQ(pixel(result, 1, 10)[3], 0);
-    EXPECT_EQ(pixel(result, 38, 10)[3], 0);
-    EXPECT_EQ(pixel(result, 20, 10)[3], 255);
-}
-
 TEST_F(Pipeline, AnswersNothingForWhatIsNoFilter)
 {
     LogLines log;
@@ -454,14 +416,14 @@ TEST_F(Pipeline, AnswersNothingForWhatIsNoFilter)
 // A filter that lacks a picture it needs has no output: transparent, or the plain background.
 TEST_F(Pipeline, FinishesWithoutAnOutput)
 {
-    const PictureRef result = apply("CIFShadingFilter", {}, small);
+    const PictureRef result = apply("CIShadedMaterial", {}, small);
     ASSERT_TRUE(result);
     EXPECT_EQ(result->size(), (foundation::Size{4, 4}));
-    ASSERT_TRUE(output("CIFShadingFilter", {}, small));
+    ASSERT_TRUE(output("CIShadedMaterial", {}, small));
 }
 
-// Every entry with its own defaults on a small picture; a texture and a material where they are
-// taken.
+// Every entry that has a filter, with its own defaults on a small picture; a texture and a material
+// where they are taken.
 TEST_F(Pipeline, AppliesEveryEntryOfTheCatalogue)
 {
     const PictureRef source = patterned(24, 16), aid = patterned(8, 8);
@@ -469,6 +431,7 @@ TEST_F(Pipeline, AppliesEveryEntryOfTheCatalogue)
                                    {"CIFinputTexture", aid},
                                    {"CIFinputShadingImage", aid},
                                    {"inputRadius", "not a number"}};
+    int applied = 0;
     for (const std::string& name : main.CIFAllFilterIdentifiers()) {
         if (name == "NSToolbarSeparatorItemIdentifier" || name == "Crop")
             continue;
@@ -479,6 +442,9 @@ TEST_F(Pipeline, AppliesEveryEntryOfTheCatalogue)
                 names.push_back(member.dictionary()->stringValue("CIFFilterIdentifier"));
         }
         for (const std::string& filter : names) {
+            if (!main.CIFQueryInputKeysForFilter(filter))
+                continue;
+            ++applied;
             const PictureRef result = apply(filter, attributes, source);
             ASSERT_TRUE(result) << filter;
             ASSERT_TRUE(result->bitmap()) << filter;
@@ -491,6 +457,7 @@ TEST_F(Pipeline, AppliesEveryEntryOfTheCatalogue)
             EXPECT_TRUE(output(filter, attributes, source)) << filter;
         }
     }
+    EXPECT_GE(applied, 20);
 }
 
 TEST_F(Pipeline, GeneratesLayers)
