@@ -1,5 +1,7 @@
 #include "platform/drawing/Modules.h"
 
+#include "platform/foundation/Bundle.h"
+
 #include <dlfcn.h>
 
 #include <filesystem>
@@ -13,17 +15,13 @@ namespace fs = std::filesystem;
 using foundation::Error;
 using foundation::Result;
 
-// Where the modules may be, seen from the file this code was loaded from: beside it; two folders up
-// from a variant for newer processors (glibc-hwcaps/…); or, for a program that holds the code
-// itself, in the library folder beside its own.
+// Where the modules may be: beside the library; two folders up from its variant for newer
+// processors (glibc-hwcaps/…); or, for a program that holds the code itself, in the library folder
+// beside its own.
 std::vector<fs::path> moduleFolders()
 {
-    Dl_info self{};
-    std::error_code failed;
-    if (dladdr(reinterpret_cast<const void*>(&moduleFolders), &self) == 0 || !self.dli_fname)
-        return {};
-    const fs::path folder = fs::canonical(self.dli_fname, failed).parent_path();
-    if (failed)
+    const fs::path folder = foundation::libraryFolder();
+    if (folder.empty())
         return {};
     return {folder, folder / "../..", folder / "../lib/CoreImageFilter"};
 }

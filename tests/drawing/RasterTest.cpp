@@ -273,7 +273,6 @@ TEST(Raster, SurvivesAnyNumbers)
         canvas.drawBitmap(stamp, {mild(), mild(), mild(), mild()}, Operation(random() % 8), mild());
         canvas.drawMask(stamp, {mild(), mild(), mild(), mild()});
         // What comes after is drawn all the same.
-        canvas.save();
         const RecordingRef before = canvas.finish();
         Canvas after({100, 80});
         after.setColor(red);
@@ -284,6 +283,11 @@ TEST(Raster, SurvivesAnyNumbers)
         ASSERT_TRUE(bitmap) << round << ": " << bitmap.error();
         EXPECT_EQ(pixel(**bitmap, 3, 75), kRed) << round;
         path.contains({mild(), mild()}, path.rule);
+        if (round % 10 == 0)
+            for (VectorFormat format : {VectorFormat::Pdf, VectorFormat::Svg, VectorFormat::Eps}) {
+                const auto bytes = encodeVector(whole, format, "");
+                EXPECT_TRUE(bytes) << round << ": " << bytes.error();
+            }
         EXPECT_FALSE(traceOf(whole).empty());
     }
 }

@@ -155,10 +155,9 @@ TEST(VectorSource, EpsReachesNoFiles)
 {
     // Not even in the folder for temporary files, which its interpreter would leave open to it.
     const auto folder = std::filesystem::temp_directory_path();
-    const auto read = folder / "cif-test-read.ps", written = folder / "cif-test-written.ps";
+    const std::string read = folder / "cif-test-read.ps", written = folder / "cif-test-written.ps";
     std::ofstream(read) << "1 0 0 setrgbcolor 0 0 20 20 rectfill";
-    for (const std::string& body :
-         {"(" + read.string() + ") run", "(" + written.string() + ") (w) file closefile"}) {
+    for (const std::string& body : {"(" + read + ") run", "(" + written + ") (w) file closefile"}) {
         const auto source = epsSource(eps("%%BoundingBox: 0 0 20 20", body));
         ASSERT_TRUE(source);
         const auto bitmap = (*source)->rasterize(20, 20);

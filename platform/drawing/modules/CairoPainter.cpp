@@ -17,9 +17,8 @@ bool rasterizeRecording(const Recording& recording, imaging::Bitmap& target, std
     }
     const CairoSurface surface = surfaceOver(target);
     const CairoContext context(cairo_create(surface.get()));
-    const AffineTransform toDevice{target.width() / size.width,    0, 0,
-                                   -target.height() / size.height, 0, double(target.height())};
-    if (!replay(recording, context.get(), toDevice, ReplayTarget::Pixels, error))
+    const Size device{double(target.width()), double(target.height())};
+    if (!replay(recording, context.get(), device, ReplayTarget::Pixels, error))
         return false;
     finishPixels(surface.get(), target);
     return true;

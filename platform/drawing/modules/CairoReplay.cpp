@@ -109,8 +109,8 @@ Components pixelAt(const Bitmap& bitmap, int x, int y)
 
 class Replay {
 public:
-    Replay(cairo_t* context, const AffineTransform& toDevice, ReplayTarget target)
-        : _context(context), _toDevice(toDevice), _target(target)
+    Replay(cairo_t* context, const AffineTransform& toDevice, Size device, ReplayTarget target)
+        : _context(context), _toDevice(toDevice), _device(device), _target(target)
     {
     }
 
@@ -172,6 +172,14 @@ public:
                 .followedBy(toDevice);
         if (!isUsable(pixels) || !isFinite(pixels.inverse()))
             return;
+        // Out of sight is left out: a file would take it in, wherever it lies.
+        const Rect bounds = foundation::boundsOf(toDevice, {0, 0, op.size.width, op.size.height});
+        if (!(bounds.x < _device.width && bounds.right() > 0 && bounds.y < _device.height &&
+              bounds.top() > 0))
+            return;
+        const bool reachesTooFar =
+            !(std::abs(bounds.x) < kFarthestPoint && std::abs(bounds.y) < kFarthestPoint &&
+              bounds.width < kFarthestPoint && bounds.height < kFarthestPoint);
         cairo_surface_t* surface = surfaceFor(op);
         CairoPattern pattern(cairo_pattern_create_for_surface(surface));
         const cairo_matrix_t toPixels = cairoMatrix(pixels.inverse());
@@ -181,9 +189,12 @@ public:
 
         cairo_save(_context);
         // In pixels the rectangle's own edge is the picture's edge, sharp however much the picture
-        // is enlarged. A file keeps the picture as it is, and a viewer draws it so by itself.
-        if (_target == ReplayTarget::Pixels || op.operation == Operation::SourceIn) {
-            cairo_pattern_set_extend(pattern.get(), CAIRO_EXTEND_PAD);
+        // is enlarged. A file keeps the picture as it is, and a viewer draws it so by itself; only
+        // what is far larger than the page is cut to it.
+        if (_target == ReplayTarget::Pixels || op.operation == Operation::SourceIn ||
+            reachesTooFar) {
+            if (_target == ReplayTarget::Pixels)
+                cairo_pattern_set_extend(pattern.get(), CAIRO_EXTEND_PAD);
             using Kind = Path::Element::Kind;
             const auto [width, height] = op.size;
             const Path::Element outline[] = {{Kind::MoveTo, {{0, 0}}},
@@ -251,14 +262,15 @@ private:
 
     cairo_t* _context;
     AffineTransform _toDevice;
+    Size _device;
     ReplayTarget _target;
     std::map<std::tuple<const Bitmap*, bool, double>, CairoSurface> _surfaces;
 };
 
 } // namespace
 
-bool replay(const Recording& recording, cairo_t* context, const AffineTransform& toDevice,
-            ReplayTarget target, std::string& error)
+bool replay(const Recording& recording, cairo_t* context, Size device, ReplayTarget target,
+            std::string& error)
 {
     // All of Cairo's grey modes but the fast one have 15 × 256 samples to a pixel (a slanted edge
     // is off by at most 5 % of a pixel) and cover upright rectangles exactly; the best asks for
@@ -266,7 +278,9 @@ bool replay(const Recording& recording, cairo_t* context, const AffineTransform&
     cairo_set_antialias(context, CAIRO_ANTIALIAS_BEST);
     cairo_set_tolerance(context, 0.05);
     cairo_set_miter_limit(context, 10);
-    Replay painter(context, toDevice, target);
+    const AffineTransform toDevice{device.width / recording.size.width,    0, 0,
+                                   -device.height / recording.size.height, 0, device.height};
+    Replay painter(context, toDevice, device, target);
     for (const Recording::Op& op : recording.ops)
         std::visit(painter, op);
     const cairo_status_t status = cairo_status(context);

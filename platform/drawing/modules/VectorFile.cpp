@@ -161,8 +161,7 @@ bool encodeVectorFile(const Recording& recording, VectorFormat format, const std
     }
     {
         const CairoContext context(cairo_create(surface.get()));
-        if (!replay(recording, context.get(), {1, 0, 0, -1, 0, height}, ReplayTarget::VectorFile,
-                    error))
+        if (!replay(recording, context.get(), recording.size, ReplayTarget::VectorFile, error))
             return false;
     }
     cairo_surface_finish(surface.get());
