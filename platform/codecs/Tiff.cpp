@@ -460,6 +460,12 @@ Result<std::shared_ptr<Bitmap>> readOther(TIFF* tiff, const Storage& s, const Me
 Result<std::shared_ptr<Bitmap>> readPixels(TIFF* tiff, const Storage& s, const MemoryFile& file,
                                            std::string_view icc)
 {
+    // Nothing behind the fifth sample shows; a few bytes of header must not ask for 65,535 of them.
+    constexpr int kMostSamples = 256;
+    if (s.samples > kMostSamples)
+        return Error{"a TIFF of " + std::to_string(s.samples) +
+                     " samples a pixel is not supported (" + std::to_string(kMostSamples) +
+                     " at most)"};
     const std::uint64_t pixels = std::uint64_t{s.width} * s.height;
     if (pixels / 8 * s.bits > kMaximumBytes / std::max<std::uint16_t>(s.samples, 1))
         return makeBitmap(s.width, s.height, PixelFormat::Rgba8, kMaximumBytes);
