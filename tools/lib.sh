@@ -68,8 +68,10 @@ logged() {
     kill "$notice" 2>/dev/null || true
     wait "$notice" 2>/dev/null || true
     if ((status)); then
-        grep -E -A12 '^FAILED|error:|Error' "$log" | head -n 60 >&2 || true
-        tail -n 20 "$log" >&2
+        # From the first complaint on; without one, how it ended.
+        if ! grep -E -m 1 -A 40 '^FAILED|(^|[^-])[Ee]rror[: ]' "$log" >&2; then
+            tail -n 20 "$log" >&2
+        fi
         die "$1 failed; all of its output is in $log"
     fi
 }
@@ -141,7 +143,7 @@ finish_tests() {
 # The folders whose tests also run under sanitizers in the quick tier.
 sanitized_tests() {
     local folder
-    for folder in foundation imaging drawing codecs plugin hosts support; do
+    for folder in foundation imaging drawing codecs plugin hosts fuzz; do
         [[ -e $root/tests/$folder/CMakeLists.txt ]] && echo "$folder"
     done
 }
