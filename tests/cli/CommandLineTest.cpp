@@ -578,9 +578,15 @@ TEST(Generate, DrawnPicturesBecomeVectorFiles)
     }
 }
 
+// Comes to life with the effect it drives.
+#define NEEDS_EFFECT(shell, name)                                                                  \
+    if ((shell).run({"describe", name}).status != 0)                                               \
+    GTEST_SKIP() << "there is no " name " yet"
+
 TEST(Textures, AreTakenByNameOrFile)
 {
     Shell shell;
+    NEEDS_EFFECT(shell, "CIGlassDistortion");
     shell.writePicture("in.png", 40, 30);
     shell.writePicture("texture.png", 20, 20);
     const auto glass = [&](const char* output, const Words& more) {
@@ -606,6 +612,7 @@ TEST(Textures, AreTakenByNameOrFile)
 TEST(Brushes, AreTakenByNameOrFile)
 {
     Shell shell;
+    NEEDS_EFFECT(shell, "GLIF_Dabs");
     const auto dabs = [&](const char* output, const Words& more) {
         Words words = {"generate", "GLIF_Dabs", "--size", "50x40", "-o", output};
         words.insert(words.end(), more.begin(), more.end());
