@@ -110,13 +110,14 @@ Components pixelAt(const Bitmap& bitmap, int x, int y)
 class Replay {
 public:
     Replay(cairo_t* context, const AffineTransform& toDevice, Size device, ReplayTarget target)
-        : _context(context), _toDevice(toDevice), _device(device), _target(target)
+        : _context(context), _toDevice(toDevice), _device(device), _target(target),
+          _reach(target == ReplayTarget::Pixels ? kPixelReach : kFileReach)
     {
     }
 
     void operator()(const Recording::Fill& op)
     {
-        setFillPath(_context, op.path.elements(), _toDevice);
+        setFillPath(_context, op.path.elements(), _toDevice, _reach.point);
         cairo_set_fill_rule(_context, op.rule == FillRule::EvenOdd ? CAIRO_FILL_RULE_EVEN_ODD
                                                                    : CAIRO_FILL_RULE_WINDING);
         setSource(op.color);
@@ -137,7 +138,7 @@ public:
         AffineTransform pen = op.matrix.followedBy(_toDevice);
         if (!isUsable(pen))
             return;
-        setStrokePath(_context, op.path.elements(), pen);
+        setStrokePath(_context, op.path.elements(), pen, _reach.point);
         setSource(op.color);
         cairo_set_operator(_context, CAIRO_OPERATOR_OVER);
         cairo_set_line_cap(_context, op.path.cap == LineCap::Butt    ? CAIRO_LINE_CAP_BUTT
@@ -153,9 +154,12 @@ public:
             const cairo_matrix_t shape{
                 pen.m11 / most, pen.m12 / most, pen.m21 / most, pen.m22 / most, 0, 0};
             cairo_set_matrix(_context, &shape);
-            cairo_set_line_width(_context, std::min(op.path.lineWidth * most, 2 * kWidestPen));
+            const double width = std::min(op.path.lineWidth * most, _reach.pen);
+            cairo_set_line_width(_context, width);
+            cairo_set_miter_limit(_context, miterLimit(width, _reach));
         } else {
             cairo_set_line_width(_context, 1);
+            cairo_set_miter_limit(_context, miterLimit(1, _reach));
         }
         cairo_stroke(_context);
         cairo_restore(_context);
@@ -178,8 +182,8 @@ public:
               bounds.top() > 0))
             return;
         const bool reachesTooFar =
-            !(std::abs(bounds.x) < kFarthestPoint && std::abs(bounds.y) < kFarthestPoint &&
-              bounds.width < kFarthestPoint && bounds.height < kFarthestPoint);
+            !(std::abs(bounds.x) < _reach.point && std::abs(bounds.y) < _reach.point &&
+              bounds.width < _reach.point && bounds.height < _reach.point);
         cairo_surface_t* surface = surfaceFor(op);
         CairoPattern pattern(cairo_pattern_create_for_surface(surface));
         const cairo_matrix_t toPixels = cairoMatrix(pixels.inverse());
@@ -202,7 +206,7 @@ public:
                                              {Kind::LineTo, {{width, height}}},
                                              {Kind::LineTo, {{0, height}}},
                                              {Kind::Close, {}}};
-            setFillPath(_context, outline, toDevice);
+            setFillPath(_context, outline, toDevice, _reach.point);
             cairo_set_fill_rule(_context, CAIRO_FILL_RULE_WINDING);
             cairo_clip(_context);
         }
@@ -264,6 +268,7 @@ private:
     AffineTransform _toDevice;
     Size _device;
     ReplayTarget _target;
+    Reach _reach;
     std::map<std::tuple<const Bitmap*, bool, double>, CairoSurface> _surfaces;
 };
 
@@ -277,7 +282,6 @@ bool replay(const Recording& recording, cairo_t* context, Size device, ReplayTar
     // whatever else a version has to offer.
     cairo_set_antialias(context, CAIRO_ANTIALIAS_BEST);
     cairo_set_tolerance(context, 0.05);
-    cairo_set_miter_limit(context, 10);
     const AffineTransform toDevice{device.width / recording.size.width,    0, 0,
                                    -device.height / recording.size.height, 0, device.height};
     Replay painter(context, toDevice, device, target);

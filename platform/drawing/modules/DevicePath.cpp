@@ -29,7 +29,7 @@ bool isFinite(Point p)
     return std::isfinite(p.x) && std::isfinite(p.y);
 }
 
-Mapped mapped(std::span<const Path::Element> path, const AffineTransform& toDevice)
+Mapped mapped(std::span<const Path::Element> path, const AffineTransform& toDevice, double reach)
 {
     // Far beyond any picture, and near enough that differences and products stay finite.
     constexpr double kEndOfWorld = 1e15;
@@ -50,8 +50,7 @@ Mapped mapped(std::span<const Path::Element> path, const AffineTransform& toDevi
             usable = usable && isFinite(p);
             p = {std::clamp(p.x, -kEndOfWorld, kEndOfWorld),
                  std::clamp(p.y, -kEndOfWorld, kEndOfWorld)};
-            out.reachesTooFar |=
-                !(std::abs(p.x) <= kFarthestPoint && std::abs(p.y) <= kFarthestPoint);
+            out.reachesTooFar |= !(std::abs(p.x) <= reach && std::abs(p.y) <= reach);
         }
         if (!usable) {
             // What follows a lost move is a figure of its own, not a part of the one before.
@@ -93,20 +92,19 @@ Point middle(Point a, Point b)
 }
 
 // A curve none of which is within reach may be replaced by its chord: both lie on the same side.
-bool missesReach(const Point (&p)[4])
+bool misses(double reach, const Point (&p)[4])
 {
     const auto [lowX, highX] = std::minmax({p[0].x, p[1].x, p[2].x, p[3].x});
     const auto [lowY, highY] = std::minmax({p[0].y, p[1].y, p[2].y, p[3].y});
-    return lowX > kFarthestPoint || highX < -kFarthestPoint || lowY > kFarthestPoint ||
-           highY < -kFarthestPoint;
+    return lowX > reach || highX < -reach || lowY > reach || highY < -reach;
 }
 
-void flattenCurve(const Point (&p)[4], int depth, std::vector<Point>& out)
+void flattenCurve(const Point (&p)[4], double reach, int depth, std::vector<Point>& out)
 {
     constexpr double kTolerance = 0.05;
     constexpr int kStepsAtOnce = 64;
     const int steps = curveSteps(p[0], p[1], p[2], p[3], kTolerance);
-    if (depth == 0 || steps == 1 || missesReach(p)) {
+    if (depth == 0 || steps == 1 || misses(reach, p)) {
         out.push_back(p[3]);
     } else if (steps <= kStepsAtOnce) {
         for (int i = 1; i < steps; ++i)
@@ -115,12 +113,12 @@ void flattenCurve(const Point (&p)[4], int depth, std::vector<Point>& out)
     } else {
         const Point a = middle(p[0], p[1]), b = middle(p[1], p[2]), c = middle(p[2], p[3]);
         const Point ab = middle(a, b), bc = middle(b, c), half = middle(ab, bc);
-        flattenCurve({p[0], a, ab, half}, depth - 1, out);
-        flattenCurve({half, bc, c, p[3]}, depth - 1, out);
+        flattenCurve({p[0], a, ab, half}, reach, depth - 1, out);
+        flattenCurve({half, bc, c, p[3]}, reach, depth - 1, out);
     }
 }
 
-std::vector<Figure> flattened(const std::vector<Element>& elements)
+std::vector<Figure> flattened(const std::vector<Element>& elements, double reach)
 {
     std::vector<Figure> figures;
     for (const Element& element : elements) {
@@ -136,7 +134,7 @@ std::vector<Figure> flattened(const std::vector<Element>& elements)
         if (element.kind == Kind::CurveTo) {
             constexpr int kDepth = 40; // from the end of the world down to less than a pixel
             const Point* p = element.points;
-            flattenCurve({points.back(), p[0], p[1], p[2]}, kDepth, points);
+            flattenCurve({points.back(), p[0], p[1], p[2]}, reach, kDepth, points);
         } else {
             points.push_back(element.points[0]);
         }
@@ -145,29 +143,29 @@ std::vector<Figure> flattened(const std::vector<Element>& elements)
 }
 
 // How far beyond one edge of the reach a point lies; above 0 is outside.
-double beyond(Point p, int edge)
+double beyond(Point p, int edge, double reach)
 {
     switch (edge) {
     case 0:
-        return p.x - kFarthestPoint;
+        return p.x - reach;
     case 1:
-        return -kFarthestPoint - p.x;
+        return -reach - p.x;
     case 2:
-        return p.y - kFarthestPoint;
+        return p.y - reach;
     default:
-        return -kFarthestPoint - p.y;
+        return -reach - p.y;
     }
 }
 
 // Cuts a polygon at one edge after the other: what lies outside is pressed flat onto the edge,
 // which leaves the winding number of every point inside as it was.
-std::vector<Point> cutPolygon(std::vector<Point> polygon)
+std::vector<Point> cutPolygon(std::vector<Point> polygon, double reach)
 {
     for (int edge = 0; edge < 4; ++edge) {
         std::vector<Point> kept;
         for (std::size_t i = 0; i < polygon.size(); ++i) {
             const Point from = polygon[i], to = polygon[(i + 1) % polygon.size()];
-            const double a = beyond(from, edge), b = beyond(to, edge);
+            const double a = beyond(from, edge, reach), b = beyond(to, edge, reach);
             if (a <= 0)
                 kept.push_back(from);
             if ((a > 0) != (b > 0)) {
@@ -180,17 +178,17 @@ std::vector<Point> cutPolygon(std::vector<Point> polygon)
     return polygon;
 }
 
-bool isWithinReach(Point p)
+bool isWithin(double reach, Point p)
 {
-    return std::abs(p.x) <= kFarthestPoint && std::abs(p.y) <= kFarthestPoint;
+    return std::abs(p.x) <= reach && std::abs(p.y) <= reach;
 }
 
 // The part of a line within reach, if any.
-bool cutLine(Point& from, Point& to)
+bool cutLine(Point& from, Point& to, double reach)
 {
     double enter = 0, leave = 1;
     for (int edge = 0; edge < 4; ++edge) {
-        const double a = beyond(from, edge), b = beyond(to, edge);
+        const double a = beyond(from, edge, reach), b = beyond(to, edge, reach);
         if (a > 0 && b > 0)
             return false;
         if (a > 0)
@@ -209,10 +207,11 @@ bool cutLine(Point& from, Point& to)
     return true;
 }
 
-void strokeFigure(cairo_t* context, Figure figure)
+void strokeFigure(cairo_t* context, Figure figure, double reach)
 {
     std::vector<Point>& points = figure.points;
-    const auto outside = std::ranges::find_if_not(points, isWithinReach);
+    const auto outside =
+        std::ranges::find_if_not(points, [&](Point p) { return isWithin(reach, p); });
     if (outside == points.end()) {
         for (std::size_t i = 0; i < points.size(); ++i)
             (i == 0 ? cairo_move_to : cairo_line_to)(context, points[i].x, points[i].y);
@@ -228,7 +227,7 @@ void strokeFigure(cairo_t* context, Figure figure)
     bool goesOn = false;
     for (std::size_t i = 0; i + 1 < points.size(); ++i) {
         Point from = points[i], to = points[i + 1];
-        if (!cutLine(from, to)) {
+        if (!cutLine(from, to, reach)) {
             goesOn = false;
             continue;
         }
@@ -242,15 +241,15 @@ void strokeFigure(cairo_t* context, Figure figure)
 } // namespace
 
 void setFillPath(cairo_t* context, std::span<const Path::Element> path,
-                 const AffineTransform& toDevice)
+                 const AffineTransform& toDevice, double reach)
 {
     cairo_new_path(context);
-    const Mapped device = mapped(path, toDevice);
+    const Mapped device = mapped(path, toDevice, reach);
     if (!device.reachesTooFar)
         return emitElements(context, device.elements);
-    for (Figure& figure : flattened(device.elements)) {
+    for (Figure& figure : flattened(device.elements, reach)) {
         bool first = true;
-        for (const Point& p : cutPolygon(std::move(figure.points))) {
+        for (const Point& p : cutPolygon(std::move(figure.points), reach)) {
             (first ? cairo_move_to : cairo_line_to)(context, p.x, p.y);
             first = false;
         }
@@ -260,14 +259,14 @@ void setFillPath(cairo_t* context, std::span<const Path::Element> path,
 }
 
 void setStrokePath(cairo_t* context, std::span<const Path::Element> path,
-                   const AffineTransform& toDevice)
+                   const AffineTransform& toDevice, double reach)
 {
     cairo_new_path(context);
-    Mapped device = mapped(path, toDevice);
+    Mapped device = mapped(path, toDevice, reach);
     if (!device.reachesTooFar)
         return emitElements(context, device.elements);
-    for (Figure& figure : flattened(device.elements))
-        strokeFigure(context, std::move(figure));
+    for (Figure& figure : flattened(device.elements, reach))
+        strokeFigure(context, std::move(figure), reach);
 }
 
 } // namespace drawing
