@@ -1,10 +1,10 @@
 // The Gaussian blur, in the coarsest resolution that does not show.
 //
 // Level by level the picture is halved with the binomial kernel 1-4-6-4-1 as long as the standard
-// deviation stays above 1.6 pixels of the next level; there a plain separable sum finishes the
-// blur, and a cubic B-spline brings it back. Variances add: a halving at level i adds 4^i pixels²,
-// the spline D²/3 with D = 2^levels, and the sum in the middle supplies the rest. All grids are
-// anchored to the plane, so that a pixel comes out the same whatever region is asked for.
+// deviation stays above 1.6 pixels of the next level; there a short separable sum finishes the
+// blur, and a cubic B-spline brings it back. The weights of the sum are those with which the three
+// together come closest to the Gaussian. All grids are anchored to the plane, so that a pixel comes
+// out the same whatever region is asked for.
 #include "platform/imaging/Kernel.h"
 
 #include <algorithm>
@@ -110,11 +110,12 @@ void toFloats(const PixelBlock& block, int x, int count, int y, float* out)
     }
 }
 
-// The samples of the next level that can differ from the border's colour.
+// The samples of the next level up to the first on each side whose five pixels all lie on or beyond
+// the border: all further ones are alike.
 IRect halvedBounds(const IRect& r)
 {
-    return {floorDiv(r.left - 2, 2), floorDiv(r.bottom - 2, 2), floorDiv(r.right + 1, 2) + 1,
-            floorDiv(r.top + 1, 2) + 1};
+    return {floorDiv(r.left - 2, 2), floorDiv(r.bottom - 2, 2), floorDiv(r.right + 2, 2) + 1,
+            floorDiv(r.top + 2, 2) + 1};
 }
 
 // The samples of the level below that a range of samples is made of.
@@ -234,18 +235,114 @@ Grid halvedBytes(const PixelBlock& block, const IRect& rect, Border border,
     return coarse;
 }
 
-// Weights exp(−k²/2σ²) for |k| ≤ ceil(reach·σ), summing to 1.
-std::vector<float> gaussianWeights(double sigma, double reach)
+// Weights exp(−k²/2σ²) for |k| ≤ ceil(3σ), summing to 1: the definition of the blur.
+std::vector<double> definition(double sigma)
 {
-    const int radius = static_cast<int>(std::ceil(reach * sigma));
-    std::vector<double> exact(2 * radius + 1);
+    const int radius = static_cast<int>(std::ceil(3 * sigma));
+    std::vector<double> weights(2 * radius + 1);
     double sum = 0;
     for (int k = -radius; k <= radius; ++k)
-        sum += exact[k + radius] = std::exp(-0.5 * k * k / (sigma * sigma));
-    std::vector<float> weights;
-    for (double w : exact)
-        weights.push_back(static_cast<float>(w / sum));
+        sum += weights[k + radius] = std::exp(-0.5 * k * k / (sigma * sigma));
+    for (double& w : weights)
+        w /= sum;
     return weights;
+}
+
+std::vector<float> plainWeights(double sigma)
+{
+    const std::vector<double> exact = definition(sigma);
+    return {exact.begin(), exact.end()};
+}
+
+// The cubic B-spline's four values around t in 0…1: of the samples at −1, 0, 1 and 2.
+std::array<double, 4> splineWeights(double t)
+{
+    const double s = 1 - t;
+    return {s * s * s / 6, (3 * t * t * t - 6 * t * t + 4) / 6, (3 * s * s * s - 6 * s * s + 4) / 6,
+            t * t * t / 6};
+}
+
+// Solves the symmetric positive definite system a·x = b in place, by elimination.
+void solve(std::vector<std::vector<double>>& a, std::vector<double>& b)
+{
+    const int n = static_cast<int>(b.size());
+    for (int i = 0; i < n; ++i)
+        for (int r = i + 1; r < n; ++r) {
+            const double f = a[r][i] / a[i][i];
+            for (int c = i; c < n; ++c)
+                a[r][c] -= f * a[i][c];
+            b[r] -= f * b[i];
+        }
+    for (int i = n - 1; i >= 0; --i) {
+        for (int c = i + 1; c < n; ++c)
+            b[i] -= a[i][c] * b[c];
+        b[i] /= a[i][i];
+    }
+}
+
+// The weights of the sum at the coarse level with which halving, sum and spline together come
+// closest to the definition, by least squares over the positions that a pixel can have between
+// samples. None is negative, and they sum to 1.
+std::vector<float> coarseWeights(double sigma, int levels)
+{
+    // From five levels on only the scale changes.
+    constexpr int kMostLevels = 5;
+    const int shown = std::min(levels, kMostLevels);
+    sigma /= std::ldexp(1.0, levels - shown);
+    const int d = 1 << shown;
+
+    // What one coarse sample takes of the pixels around it.
+    std::vector<double> sample{1};
+    for (int l = 0; l < shown; ++l) {
+        constexpr double kHalving[] = {1 / 16., 4 / 16., 6 / 16., 4 / 16., 1 / 16.};
+        const std::size_t step = std::size_t{1} << l;
+        std::vector<double> wider(sample.size() + 4 * step);
+        for (std::size_t i = 0; i < sample.size(); ++i)
+            for (std::size_t k = 0; k < 5; ++k)
+                wider[i + k * step] += sample[i] * kHalving[k];
+        sample = std::move(wider);
+    }
+    const int reach = static_cast<int>(sample.size()) / 2;
+
+    const std::vector<double> exact = definition(sigma);
+    const int exactRadius = static_cast<int>(exact.size()) / 2;
+    const int radius = std::max(1, static_cast<int>(std::ceil(3 * sigma / d)) - 1);
+    std::vector<std::vector<double>> normal(radius + 1, std::vector<double>(radius + 1));
+    std::vector<double> weights(radius + 1);
+    for (int x = 0; x < d; x += std::max(1, d / 8)) {
+        const std::array<double, 4> spline = splineWeights(double(x) / d);
+        const int first = std::min(x - exactRadius, -(radius + 1) * d - reach);
+        const int last = std::max(x + exactRadius, (radius + 2) * d + reach);
+        std::vector<double> row(radius + 1);
+        for (int n = first; n <= last; ++n) {
+            std::fill(row.begin(), row.end(), 0.0);
+            for (int m = floorDiv(n - reach, d); m <= floorDiv(n + reach, d); ++m) {
+                const int at = n - m * d + reach;
+                if (at < 0 || at >= static_cast<int>(sample.size()))
+                    continue;
+                for (int k = -1; k <= 2; ++k)
+                    if (const int j = std::abs(m - k); j <= radius)
+                        row[j] += spline[k + 1] * sample[at];
+            }
+            const int e = n - x + exactRadius;
+            const double target = e >= 0 && e < static_cast<int>(exact.size()) ? exact[e] : 0;
+            for (int a = 0; a <= radius; ++a)
+                if (row[a] != 0) {
+                    weights[a] += row[a] * target;
+                    for (int c = 0; c <= radius; ++c)
+                        normal[a][c] += row[a] * row[c];
+                }
+        }
+    }
+    solve(normal, weights);
+
+    double sum = 0;
+    for (int a = -radius; a <= radius; ++a)
+        sum += std::max(weights[std::abs(a)], 0.0);
+    std::vector<float> all;
+    for (int a = -radius; a <= radius; ++a)
+        all.push_back(static_cast<float>(std::max(weights[std::abs(a)], 0.0) / sum));
+    return all;
 }
 
 // out[i] = Σ weights[j]·rows[j][i]. Four registers of sums at a time; up to that many numbers are
@@ -451,9 +548,8 @@ public:
         const int steps = 1 << levels;
         _weights.resize(steps);
         for (int i = 0; i < steps; ++i) {
-            const double t = double(i) / steps, s = 1 - t;
-            _weights[i] = {float(s * s * s / 6), float((3 * t * t * t - 6 * t * t + 4) / 6),
-                           float((3 * s * s * s - 6 * s * s + 4) / 6), float(t * t * t / 6)};
+            const std::array<double, 4> w = splineWeights(double(i) / steps);
+            std::copy(w.begin(), w.end(), _weights[i].begin());
         }
     }
 
@@ -504,15 +600,7 @@ public:
     {
         while (sigma / (2 << _levels) >= kCoarsestSigma)
             ++_levels;
-        double variance = sigma * sigma;
-        if (_levels > 0) {
-            const double d = 1 << _levels;
-            for (int i = 0; i < _levels; ++i)
-                variance -= std::pow(4.0, i);
-            variance = (variance - d * d / 3) / (d * d);
-        }
-        // The plain sum at full resolution is the definition and ends at 3 sigma.
-        _weights = gaussianWeights(std::sqrt(variance), _levels > 0 ? 3.5 : 3);
+        _weights = _levels > 0 ? coarseWeights(sigma, _levels) : plainWeights(sigma);
     }
 
     EvaluatorRef prepare(const IRect& region, RenderContext& context) const override
