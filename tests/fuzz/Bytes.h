@@ -5,9 +5,7 @@
 #include "platform/imaging/Bitmap.h"
 
 #include <cstdint>
-#include <string>
 #include <string_view>
-#include <vector>
 
 namespace fuzz {
 
