@@ -127,7 +127,7 @@ run_tests() {
         bad=1
     fi
     if ((bad)); then
-        cat "$logs/test-$preset.log"
+        grep -vE '^ +Start +[0-9]+: |^ *[0-9]+/[0-9]+ Test .* (Passed|\*\*\*Skipped) ' "$logs/test-$preset.log"
     else
         grep -A3 'tests passed' "$logs/test-$preset.log"
     fi
