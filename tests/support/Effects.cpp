@@ -1,18 +1,13 @@
 // Filters made by name, set, and rendered.
 #include "tests/support/Support.h"
 
+#include "filters/Register.h"
+#include "platform/builtin/Register.h"
 #include "platform/imaging/Filter.h"
 
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
-
-#if __has_include("platform/builtin/Register.h")
-#include "platform/builtin/Register.h"
-#endif
-#if __has_include("filters/Register.h")
-#include "filters/Register.h"
-#endif
 
 namespace support {
 
@@ -29,13 +24,9 @@ Rect intersection(const Rect& a, const Rect& b)
 void registerFilters()
 {
     [[maybe_unused]] static const bool done = [] {
-        [[maybe_unused]] imaging::FilterRegistry& registry = imaging::FilterRegistry::shared();
-#if __has_include("platform/builtin/Register.h")
+        imaging::FilterRegistry& registry = imaging::FilterRegistry::shared();
         builtin::registerBuiltinFilters(registry);
-#endif
-#if __has_include("filters/Register.h")
         filters::registerFilters(registry);
-#endif
         return true;
     }();
 }
