@@ -596,7 +596,7 @@ private:
 class GaussianNode : public Node {
 public:
     GaussianNode(Image input, double sigma, Border border, const IRect& extent)
-        : Node(extent), _input(std::move(input)), _sigma(sigma), _border(border)
+        : Node(extent), _input(std::move(input)), _border(border)
     {
         while (sigma / (2 << _levels) >= kCoarsestSigma)
             ++_levels;
@@ -669,7 +669,6 @@ private:
     }
 
     Image _input;
-    double _sigma;
     Border _border;
     int _levels = 0;
     std::vector<float> _weights;
