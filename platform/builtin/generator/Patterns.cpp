@@ -61,10 +61,11 @@ Image ConstantColorGenerator::outputImage() const
     return generate([color = inputColor](const Coord&) { return premultiplied(color); });
 }
 
-void CheckerboardGenerator::initialize(FilterRegistry& registry)
+// Squares and stripes take the same.
+template <class T>
+static void addPattern(FilterRegistry& registry, const char* name, const char* displayName)
 {
-    using T = CheckerboardGenerator;
-    add<T>(registry, "CICheckerboardGenerator", "Checkerboard", kGenerator,
+    add<T>(registry, name, displayName, kGenerator,
            {
                {"inputCenter", &T::inputCenter, "Center", kPosition},
                {"inputColor0", &T::inputColor0, "Color 1", kColor},
@@ -73,6 +74,11 @@ void CheckerboardGenerator::initialize(FilterRegistry& registry)
                {"inputSharpness", &T::inputSharpness, "Sharpness",
                 scalar().min(0).max(1).slider(0, 1)},
            });
+}
+
+void CheckerboardGenerator::initialize(FilterRegistry& registry)
+{
+    addPattern<CheckerboardGenerator>(registry, "CICheckerboardGenerator", "Checkerboard");
 }
 
 Image CheckerboardGenerator::outputImage() const
@@ -88,16 +94,7 @@ Image CheckerboardGenerator::outputImage() const
 
 void StripesGenerator::initialize(FilterRegistry& registry)
 {
-    using T = StripesGenerator;
-    add<T>(registry, "CIStripesGenerator", "Stripes", kGenerator,
-           {
-               {"inputCenter", &T::inputCenter, "Center", kPosition},
-               {"inputColor0", &T::inputColor0, "Color 1", kColor},
-               {"inputColor1", &T::inputColor1, "Color 2", kColor},
-               {"inputWidth", &T::inputWidth, "Width", distance().slider(0, 800)},
-               {"inputSharpness", &T::inputSharpness, "Sharpness",
-                scalar().min(0).max(1).slider(0, 1)},
-           });
+    addPattern<StripesGenerator>(registry, "CIStripesGenerator", "Stripes");
 }
 
 Image StripesGenerator::outputImage() const
