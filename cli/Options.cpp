@@ -24,14 +24,14 @@ const char* const kListExamples =
     "  cif list --json | jq '.effectsSets[0].categories[].CIFCategoryName'";
 
 const char* const kDescribeExamples = "Examples:\n"
-                                      "  cif describe CITwirlDistortion\n"
+                                      "  cif describe CISunbeamsGenerator\n"
                                       "  cif describe GLIF_Plasma --json";
 
 const char* const kApplyExamples =
     "Examples:\n"
     "  cif apply CIGaussianBlur photo.jpg -o soft.png --set inputRadius=5\n"
-    "  cif apply CITwirlDistortion photo.jpg -o twirl.png --set inputCenter=320,240\n"
-    "  cif apply CIFShadingFilter photo.jpg -o ball.tif --set inputShadingImage=Sand\n"
+    "  cif apply CISunbeamsGenerator photo.jpg -o sun.png --set inputCenter=320,240\n"
+    "  cif apply CIShadedMaterial relief.png -o metal.tif --set inputShadingImage=ball.png\n"
     "  cif apply CIFSobel - -o - --format png < photo.png > edges.png\n"
     "  cif apply --recipe-from soft.png other.jpg -o other-soft.png\n"
     "\n"
@@ -42,8 +42,8 @@ const char* const kApplyExamples =
 const char* const kGenerateExamples =
     "Examples:\n"
     "  cif generate GLIF_Plasma --size 640x480 -o plasma.png\n"
-    "  cif generate GLIF_TwistedSquares --size 500x500 --seed 7 -o squares.svg\n"
-    "  cif generate GLIF_Dabs --size 800x600 -o dabs.png --set GLIFBackgroundColor=#ffffff\n"
+    "  cif generate GLIF_HilbertCurve --size 500x500 --seed 7 -o curve.svg\n"
+    "  cif generate GLIF_Plasma --size 800x600 -o bands.png --set GLIFShapesType=2\n"
     "  cif generate --recipe-from plasma.png --size 64x64 -o small.png";
 
 template <class Integer>

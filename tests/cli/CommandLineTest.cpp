@@ -231,6 +231,12 @@ TEST(CommandLine, HelpsOnStandardOutput)
         const Ran ran = shell.run({command, "--help"});
         expectDone(ran);
         EXPECT_THAT(ran.out, HasSubstr("Examples:\n  cif " + std::string(command)));
+        // Every effect that an example names is there.
+        std::istringstream words(ran.out);
+        for (std::string word; words >> word;)
+            if (word.starts_with("CI") || word.starts_with("GLIF_")) {
+                EXPECT_EQ(shell.run({"describe", word}).status, 0) << word;
+            }
     }
 }
 
