@@ -100,8 +100,14 @@ protected:
 
 // Pictures give the same wherever they lie, when centres move with them; not so for these.
 const std::set<std::string> kTiedToTheOrigin = {
-    "CIRandomGenerator",         // the pixel's own coordinates are what it shows
-    "CIFAffineTransform2Filter", // turns about the middle that a picture at the origin has
+    "CIRandomGenerator", // the pixel's own coordinates are what it shows
+    // These turn, scale, mirror or ripple as if the picture began at the origin.
+    "CIFAffineTile2Filter",
+    "CIFAffineTransform2Filter",
+    "CIFMirrorFilter",
+    "CIFMirrorTileFilter",
+    "CIFNetDistortion",
+    "CIFOffset",
 };
 
 } // namespace

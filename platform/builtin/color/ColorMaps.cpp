@@ -193,6 +193,15 @@ Image ColorInvert::outputImage() const
     });
 }
 
+Image falseColor(const Image& image, const Color& dark, const Color& light)
+{
+    return mapPixels(image, [=](Px s) {
+        // Limited, as a source may carry colour above its alpha.
+        const F tone = select(s.a == F(0.0f), F(0.0f), clamp01(luminance(s) / s.a));
+        return mix(premultiplied(dark), premultiplied(light), tone) * s.a;
+    });
+}
+
 void FalseColor::initialize(FilterRegistry& registry)
 {
     using T = FalseColor;
@@ -206,11 +215,7 @@ void FalseColor::initialize(FilterRegistry& registry)
 
 Image FalseColor::outputImage() const
 {
-    return mapPixels(inputImage, [dark = inputColor0, light = inputColor1](Px s) {
-        // Limited, as a source may carry colour above its alpha.
-        const F tone = select(s.a == F(0.0f), F(0.0f), clamp01(luminance(s) / s.a));
-        return mix(premultiplied(dark), premultiplied(light), tone) * s.a;
-    });
+    return falseColor(inputImage, inputColor0, inputColor1);
 }
 
 void ColorMatrix::initialize(FilterRegistry& registry)

@@ -91,6 +91,9 @@ public:
     Image outputImage() const override;
 };
 
+// Each pixel's luminance on the way from one colour to the other.
+Image falseColor(const Image& image, const Color& dark, const Color& light);
+
 class FalseColor : public imaging::Filter {
 public:
     static void initialize(imaging::FilterRegistry& registry);
