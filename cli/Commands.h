@@ -13,6 +13,7 @@ namespace cli {
 
 struct ListOptions {
     std::optional<std::uint32_t> effectsSet; // both unless given
+    bool resources = false;                  // the content library instead of the catalogues
     bool json = false;
     std::optional<double> toolkitVersion;
 };

@@ -1,4 +1,4 @@
-// cif list: both catalogues, for people or as JSON.
+// cif list: both catalogues, or the pictures of the content library, for people or as JSON.
 #include "cli/Commands.h"
 #include "cli/Table.h"
 #include "platform/foundation/Json.h"
@@ -48,6 +48,46 @@ std::string textOf(const std::vector<Line>& lines)
     return text;
 }
 
+// What the content library offers, under the names that --set takes.
+Outcome<> listResources(const CIFMain& main, bool json)
+{
+    const struct {
+        const char *title, *key;
+        CIFMain::NameList names;
+    } kinds[] = {
+        {"Glass textures (inputTexture)", "CIFGlassTextureNames", main.CIFGlassTextureNames()},
+        {"Shading materials (inputShadingImage)", "CIFShadingMaterialNames",
+         main.CIFShadingMaterialNames()},
+        {"Brushes (GLIFBrush)", "CIFBrushNames", main.CIFBrushNames()},
+    };
+    if (json) {
+        Dictionary all;
+        for (const auto& kind : kinds) {
+            // Without the folder there is no list, not an empty one.
+            Value listed;
+            if (kind.names)
+                listed = Array(kind.names->begin(), kind.names->end());
+            all.set(kind.key, listed);
+        }
+        return printResult(foundation::toJson(all, 2) + '\n');
+    }
+    std::vector<Line> lines;
+    for (const auto& kind : kinds) {
+        if (!kind.names)
+            continue;
+        if (!lines.empty())
+            lines.push_back({});
+        lines.push_back({kind.title, ""});
+        for (const std::string& name : *kind.names) {
+            const std::string shown = main.localizedString(name);
+            lines.push_back({"  " + name, shown == name ? "" : shown});
+        }
+    }
+    if (lines.empty())
+        return noPicture("there is no content library; CIF_CONTENT_LIBRARY can name its folder");
+    return printResult(textOf(lines));
+}
+
 } // namespace
 
 Outcome<> list(const ListOptions& options)
@@ -55,6 +95,8 @@ Outcome<> list(const ListOptions& options)
     if (options.toolkitVersion)
         plugin::setToolkitVersion(*options.toolkitVersion);
     CIFMain main;
+    if (options.resources)
+        return listResources(main, options.json);
     Array sets;
     std::vector<Line> lines;
     for (const std::uint32_t set : {0u, 1u}) {

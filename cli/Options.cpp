@@ -21,6 +21,7 @@ const char* const kListExamples =
     "Examples:\n"
     "  cif list\n"
     "  cif list generators\n"
+    "  cif list --resources\n"
     "  cif list --json | jq '.effectsSets[0].categories[].CIFCategoryName'";
 
 const char* const kDescribeExamples = "Examples:\n"
@@ -161,6 +162,8 @@ Outcome<> checkList(ListOptions& list, const Words& words)
     else if (!words.listWhat.empty())
         return wrongUsage("there is no list of " + inQuotes(words.listWhat) +
                           "; it is filters or generators, or nothing for both");
+    if (list.resources && list.effectsSet)
+        return wrongUsage("--resources lists the content library, not " + inQuotes(words.listWhat));
     if (!words.toolkitVersion.empty()) {
         const std::string& text = words.toolkitVersion;
         double version = 0;
@@ -242,7 +245,9 @@ Outcome<Invocation> parseCommandLine(int argc, const char* const* argv)
 
     CLI::App* const listCommand = app.add_subcommand("list", "List the filters and generators");
     listCommand->add_option("WHAT", words.listWhat, "filters or generators; both unless given");
-    listCommand->add_flag("--json", list.json, "The whole catalogue as JSON");
+    listCommand->add_flag("--resources", list.resources,
+                          "List the glass textures, shading materials and brushes instead");
+    listCommand->add_flag("--json", list.json, "Everything that is known, as JSON");
     listCommand
         ->add_option("--toolkit-version", words.toolkitVersion,
                      "List what exists with that platform version; below 949 there are fewer")

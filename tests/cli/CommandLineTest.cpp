@@ -95,6 +95,7 @@ TEST(CommandLine, RefusesBadInvocationsInOneLineAndLeavesNothing)
         {{"list", "brushes"}, 2, "filters or generators"},
         {{"list", "--toolkit-version", "new"}, 2, "949"},
         {{"list", "--loud"}, 2, "\"--loud\" is not understood"},
+        {{"list", "filters", "--resources"}, 2, "content library"},
         {{"describe"}, 2, "NAME is missing"},
         {{"describe", "CIGausianBlur"}, 2, "did you mean CIGaussianBlur"},
         {{"describe", "GLIF_Plasmo"}, 2, "GLIF_Plasma"},
@@ -290,6 +291,23 @@ TEST(List, OlderToolkitsHaveFewerFilters)
     shell.setVariable("CIF_TOOLKIT_VERSION", "824");
     EXPECT_THAT(shell.run({"list"}).out, Not(HasSubstr("BlurFilters")));
     EXPECT_THAT(shell.run({"list", "--toolkit-version", "1404"}).out, HasSubstr("BlurFilters"));
+}
+
+TEST(List, ShowsTheContentLibraryUnderTheNamesThatItsPicturesAreSetBy)
+{
+    Shell shell;
+    const Ran ran = shell.run({"list", "--resources"});
+    expectDone(ran);
+    EXPECT_EQ(ran.out, "Glass textures (inputTexture)\n  Bubbles\n  Ripple\n\n"
+                       "Shading materials (inputShadingImage)\n  Marble\n  Sand\n  clay\n\n"
+                       "Brushes (GLIFBrush)\n  Dot\n");
+    const Ran json = shell.run({"list", "--resources", "--json"});
+    expectDone(json);
+    EXPECT_THAT(json.out, HasSubstr("\"CIFBrushNames\": [\n    \"Dot\"\n  ]"));
+    std::filesystem::remove_all(shell.library());
+    EXPECT_EQ(shell.run({"list", "--resources"}).status, 1);
+    EXPECT_THAT(shell.run({"list", "--resources", "--json"}).out,
+                HasSubstr("\"CIFBrushNames\": null"));
 }
 
 TEST(Describe, AsJsonIsWhatThePlugInAnswers)

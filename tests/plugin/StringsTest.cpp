@@ -1,12 +1,17 @@
 // String tables: which one serves a language, and what a damaged one does.
 #include "Environment.h"
 #include "platform/foundation/Bundle.h"
+#include "platform/imaging/Filter.h"
+#include "plugin/CIFMain.h"
+#include "tests/support/Support.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <iterator>
+#include <set>
 
 namespace {
 
@@ -37,6 +42,12 @@ std::string compiledTable(const Entries& entries, bool swapped = false)
             texts += text + '\0';
         }
     return head + texts;
+}
+
+std::filesystem::path shippedTables()
+{
+    const Variable unset("CIF_RESOURCES", std::nullopt);
+    return foundation::resourceFolder() / "locale";
 }
 
 class StringTables : public testing::Test {
@@ -136,6 +147,64 @@ TEST_F(StringTables, AreFoundBesideTheLibrary)
     EXPECT_EQ(localizedString("Hilbert Curve"), "Hilbert-Kurve");
     setLanguage("C");
     EXPECT_TRUE(localizedString("Powered by Lumigrove link").starts_with("<p"));
+}
+
+// Every text that is shown under its own name has an entry in each table that is shipped.
+TEST_F(StringTables, LackNoKey)
+{
+    support::registerFilters();
+    std::set<std::string> keys = {"Powered by Lumigrove link"};
+    const auto collect = [&](const auto& self, const foundation::ArrayRef& entries) -> void {
+        for (const foundation::Value& value : *entries) {
+            const auto entry = value.dictionary();
+            for (const char* key : {"CIFCategoryName", "CIFFilterName"})
+                if (entry->contains(key))
+                    keys.insert(entry->stringValue(key));
+            for (const char* list : {"CIFFilterList", "DESC_LIST"})
+                if (entry->contains(list))
+                    self(self, (*entry)[list].array());
+        }
+    };
+    setLanguage("C");
+    CIFMain main;
+    for (const std::uint32_t set : {0u, 1u}) {
+        main.CIFSetEffectsSet(set);
+        collect(collect, main.CIFAllFilterDescriptors());
+    }
+    ASSERT_GT(keys.size(), 100u);
+    for (const std::string& name : imaging::FilterRegistry::shared().names()) {
+        const auto* filter = imaging::FilterRegistry::shared().find(name);
+        for (const auto& input : filter->inputs)
+            if (const std::string shown = input.attributes.stringValue("CIAttributeDisplayName");
+                !shown.empty())
+                keys.insert(shown);
+    }
+    ASSERT_TRUE(keys.contains("Halo Overlap"));
+    {
+        const Variable shipped("CIF_RESOURCES", std::nullopt);
+        for (const auto& names :
+             {main.CIFGlassTextureNames(), main.CIFShadingMaterialNames(), main.CIFBrushNames()})
+            if (names)
+                keys.insert(names->begin(), names->end());
+    }
+
+    // The English table behind the one in question says which keys had to be asked of it.
+    Entries marked;
+    for (const std::string& key : keys)
+        marked.emplace_back(key, "missing");
+    const std::filesystem::path tables = shippedTables();
+    for (const std::string language : {"en", "de", "fr", "ja"}) {
+        std::filesystem::remove_all(folder.path() / "locale");
+        const auto table = tables / language / "LC_MESSAGES/CoreImageFilter.mo";
+        ASSERT_TRUE(std::filesystem::exists(table)) << table;
+        const std::string shown = language == "en" ? "en_GB" : language;
+        install("en", compiledTable(marked));
+        std::ifstream in(table, std::ios::binary);
+        install(shown, {std::istreambuf_iterator<char>(in), {}});
+        setLanguage(shown);
+        for (const std::string& key : keys)
+            EXPECT_NE(localizedString(key), "missing") << language << ": " << key;
+    }
 }
 
 TEST_F(StringTables, LieAmongResourcesThatAreFoundByNameAndType)
