@@ -3,6 +3,7 @@
 
 #include <gegl.h>
 
+#include <variant>
 #include <vector>
 
 namespace bench {
@@ -11,7 +12,8 @@ namespace {
 
 struct Step {
     const char* operation;
-    std::vector<std::pair<const char*, double>> values;
+    std::vector<std::pair<const char*, std::variant<double, int>>> values;
+    bool isSource = false; // draws by itself, without the picture
 };
 
 std::function<void()> graph(GeglBuffer* source, const GeglRectangle& all, std::vector<Step> steps)
@@ -25,8 +27,9 @@ std::function<void()> graph(GeglBuffer* source, const GeglRectangle& all, std::v
         for (const Step& step : steps) {
             GeglNode* node = gegl_node_new_child(root, "operation", step.operation, nullptr);
             for (const auto& [name, value] : step.values)
-                gegl_node_set(node, name, value, nullptr);
-            gegl_node_link(last, node);
+                std::visit([&](auto v) { gegl_node_set(node, name, v, nullptr); }, value);
+            if (!step.isSource)
+                gegl_node_link(last, node);
             last = node;
         }
         gegl_node_blit(last, 1.0, &all, babl_format("R'G'B'A u8"), pixels.data(),
@@ -49,9 +52,27 @@ Operations geglOn(const imaging::BitmapRef& picture)
     return {
         {"sobel", graph(source, all, {{"gegl:edge-sobel", {}}})},
         {"gauss 7",
-         graph(source, all, {{"gegl:gaussian-blur", {{"std-dev-x", 7}, {"std-dev-y", 7}}}})},
+         graph(source, all, {{"gegl:gaussian-blur", {{"std-dev-x", 7.0}, {"std-dev-y", 7.0}}}})},
         {"gauss 50",
-         graph(source, all, {{"gegl:gaussian-blur", {{"std-dev-x", 50}, {"std-dev-y", 50}}}})},
+         graph(source, all, {{"gegl:gaussian-blur", {{"std-dev-x", 50.0}, {"std-dev-y", 50.0}}}})},
+        {"box 10", graph(source, all, {{"gegl:box-blur", {{"radius", 10}}}})},
+        {"motion 20",
+         graph(source, all, {{"gegl:motion-blur-linear", {{"length", 41.0}, {"angle", 0.0}}}})},
+        {"motion turned",
+         graph(source, all, {{"gegl:motion-blur-linear", {{"length", 41.0}, {"angle", 28.65}}}})},
+        {"zoom 20", graph(source, all,
+                          {{"gegl:motion-blur-zoom",
+                            {{"center-x", 0.5}, {"center-y", 0.5}, {"factor", 0.18}}}})},
+        {"unsharp 2.5",
+         graph(source, all, {{"gegl:unsharp-mask", {{"std-dev", 2.5}, {"scale", 0.5}}}})},
+        {"noise reduction", graph(source, all, {{"gegl:noise-reduction", {{"iterations", 1}}}})},
+        {"noise / median", graph(source, all, {{"gegl:median-blur", {{"radius", 2}}}})},
+        {"edges", graph(source, all, {{"gegl:edge-sobel", {}}})},
+        {"pixellate 8", graph(source, all, {{"gegl:pixelize", {{"size-x", 8}, {"size-y", 8}}}})},
+        {"invert", graph(source, all, {{"gegl:invert-gamma", {}}})},
+        {"gamma", graph(source, all, {{"gegl:gamma", {{"value", 0.7}}}})},
+        {"posterize", graph(source, all, {{"gegl:posterize", {{"levels", 6}}}})},
+        {"checkerboard", graph(source, all, {{"gegl:checkerboard", {{"x", 80}, {"y", 80}}, true}})},
         {"affine", graph(source, all,
                          {{"gegl:rotate",
                            {{"origin-x", x}, {"origin-y", y}, {"degrees", kAngle * 57.29578}}}})},

@@ -15,7 +15,7 @@ Image through(const char* name, const Image& image, const Dictionary& inputs)
 {
     const std::unique_ptr<Filter> filter = Filter::filterWithName(name);
     filter->setDefaults();
-    filter->setValueForKey(image, "inputImage");
+    filter->setValueForKey(image, "inputImage"); // generators have none
     for (const auto& [key, value] : inputs)
         filter->setValueForKey(value, key);
     return filter->outputImage();
@@ -43,6 +43,24 @@ Operations oursOn(const BitmapRef& picture)
         {"sobel", rendered(through("CIFSobel", source, {{"inputIntensity", 1.0}}))},
         {"gauss 7", rendered(through("CIGaussianBlur", source, {{"inputRadius", 7.0}}))},
         {"gauss 50", rendered(through("CIGaussianBlur", source, {{"inputRadius", 50.0}}))},
+        {"box 10", rendered(through("CIBoxBlur", source, {{"inputRadius", 10.0}}))},
+        {"disc 8", rendered(through("CIDiscBlur", source, {{"inputRadius", 8.0}}))},
+        {"motion 20", rendered(through("CIMotionBlur", source, {{"inputRadius", 20.0}}))},
+        {"motion turned", rendered(through("CIMotionBlur", source,
+                                           {{"inputRadius", 20.0}, {"inputAngle", kTurned}}))},
+        {"zoom 20", rendered(through("CIZoomBlur", source,
+                                     {{"inputCenter", Vector(x, y)}, {"inputAmount", 20.0}}))},
+        {"unsharp 2.5", rendered(through("CIUnsharpMask", source, {{"inputRadius", 2.5}}))},
+        {"noise reduction", rendered(through("CINoiseReduction", source, {}))},
+        {"noise / median", rendered(through("CINoiseReduction", source, {}))},
+        {"edges", rendered(through("CIEdges", source, {}))},
+        {"pixellate 8",
+         rendered(through("CIPixellate", source, {{"inputCenter", Vector(0.0, 0.0)}}))},
+        {"invert", rendered(through("CIColorInvert", source, {}))},
+        {"gamma", rendered(through("CIGammaAdjust", source, {{"inputPower", 0.7}}))},
+        {"posterize", rendered(through("CIColorPosterize", source, {}))},
+        {"random", rendered(through("CIRandomGenerator", source, {}))},
+        {"checkerboard", rendered(through("CICheckerboardGenerator", source, {}))},
         {"affine", rendered(through("CIAffineTransform", source, {{"inputTransform", turn}}))},
         {"colour", rendered(through("CIHueAdjust", gamma, {{"inputAngle", 0.5}}))},
     };

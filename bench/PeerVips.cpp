@@ -3,6 +3,7 @@
 
 #include <vips/vips.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace bench {
@@ -54,6 +55,74 @@ Operations vipsOn(const imaging::BitmapRef& picture)
         vips_bandjoin_const1(t[2], &t[3], 255, nullptr);
         return t[3];
     });
+    const auto mask = [&](int width, int height, const std::function<double(int, int)>& weight) {
+        return pipeline(picture, [width, height, weight](VipsImage** t) {
+            t[1] = vips_image_new_matrix(width, height);
+            double sum = 0;
+            for (int y = 0; y < height; ++y)
+                for (int x = 0; x < width; ++x) {
+                    const double w = std::round(16 * weight(x - width / 2, y - height / 2));
+                    *VIPS_MATRIX(t[1], x, y) = w;
+                    sum += w;
+                }
+            vips_image_set_double(t[1], "scale", sum);
+            vips_conv(t[0], &t[2], t[1], "precision", VIPS_PRECISION_INTEGER, nullptr);
+            return t[2];
+        });
+    };
+    all["box 10"] = pipeline(picture, [](VipsImage** t) {
+        t[1] = vips_image_new_matrix(21, 1);
+        for (int x = 0; x < 21; ++x)
+            *VIPS_MATRIX(t[1], x, 0) = 1;
+        vips_image_set_double(t[1], "scale", 21);
+        vips_convsep(t[0], &t[2], t[1], "precision", VIPS_PRECISION_INTEGER, nullptr);
+        return t[2];
+    });
+    all["disc 8"] =
+        mask(17, 17, [](int dx, int dy) { return std::clamp(8.5 - std::hypot(dx, dy), 0.0, 1.0); });
+    all["motion 20"] = mask(41, 1, [](int, int) { return 1.0; });
+    all["motion turned"] = mask(37, 21, [](int dx, int dy) {
+        // Within half a pixel of the line.
+        const double across = dx * std::sin(kTurned) + dy * std::cos(kTurned);
+        return std::clamp(1 - std::abs(across), 0.0, 1.0);
+    });
+    all["unsharp 2.5"] = pipeline(picture, [](VipsImage** t) {
+        vips_gaussblur(t[0], &t[1], 2.5, "min_ampl", 0.01, nullptr);
+        vips_linear1(t[0], &t[2], 1.5, 0, nullptr);
+        vips_linear1(t[1], &t[3], -0.5, 0, nullptr);
+        vips_add(t[2], t[3], &t[4], nullptr);
+        vips_cast_uchar(t[4], &t[5], nullptr);
+        return t[5];
+    });
+    all["noise / median"] = pipeline(picture, [](VipsImage** t) {
+        vips_median(t[0], &t[1], 5, nullptr);
+        return t[1];
+    });
+    all["edges"] = pipeline(picture, [](VipsImage** t) {
+        vips_sobel(t[0], &t[1], nullptr);
+        return t[1];
+    });
+    all["pixellate 8"] = pipeline(picture, [](VipsImage** t) {
+        vips_shrink(t[0], &t[1], 8, 8, nullptr);
+        vips_zoom(t[1], &t[2], 8, 8, nullptr);
+        return t[2];
+    });
+    all["invert"] = pipeline(picture, [](VipsImage** t) {
+        vips_invert(t[0], &t[1], nullptr);
+        return t[1];
+    });
+    const auto table = [&](double (*curve)(double)) {
+        return pipeline(picture, [curve](VipsImage** t) {
+            unsigned char values[256];
+            for (int i = 0; i < 256; ++i)
+                values[i] = static_cast<unsigned char>(std::lround(255 * curve(i / 255.0)));
+            t[1] = vips_image_new_from_memory_copy(values, 256, 256, 1, 1, VIPS_FORMAT_UCHAR);
+            vips_maplut(t[0], &t[2], t[1], nullptr);
+            return t[2];
+        });
+    };
+    all["gamma"] = table([](double v) { return std::pow(v, 0.7); });
+    all["posterize"] = table([](double v) { return std::min(std::floor(v * 6), 5.0) / 5; });
     all["affine"] = pipeline(picture, [](VipsImage** t) {
         const double c = std::cos(kAngle), s = std::sin(kAngle);
         const double w = t[0]->Xsize * 0.5, h = t[0]->Ysize * 0.5;

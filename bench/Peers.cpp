@@ -34,6 +34,9 @@ int main(int argc, char** argv)
 #ifdef CIF_PEER_GEGL
     libraries.emplace_back("GEGL", bench::geglOn(picture));
 #endif
+#ifdef CIF_PEER_MAGICK
+    libraries.emplace_back("ImageMagick", bench::magickOn(picture));
+#endif
 
     const auto milliseconds = [](const std::function<void()>& work) {
         const auto start = std::chrono::steady_clock::now();
@@ -41,13 +44,14 @@ int main(int argc, char** argv)
         return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
             .count();
     };
-    double copyTime = 1e9;
+    constexpr double kNever = 1e9;
+    double copyTime = kNever;
     for (int i = 0; i < 15; ++i)
         copyTime = std::min(copyTime, milliseconds(copyAll));
     std::printf(
         "copy of %d x %d bytes: %.2f ms; best of the runs below, in ms and as a multiple of ours\n",
         picture->width(), picture->height(), copyTime);
-    std::printf("%-10s", "");
+    std::printf("%-16s", "");
     for (const auto& [library, operations] : libraries)
         std::printf(" %18s", library.c_str());
     std::printf("\n");
@@ -58,18 +62,25 @@ int main(int argc, char** argv)
     for (const auto& [name, ours] : libraries.front().second) {
         if (name.find(arguments.pattern) == std::string::npos)
             continue;
-        std::vector<double> best(libraries.size(), 1e9);
-        // In turn, so that a disturbance hits all of them alike.
+        std::vector<double> best(libraries.size(), kNever);
+        // In turn, so that a disturbance hits all of them alike. What takes seconds runs twice.
         for (int round = 0; round < 9; ++round)
             for (std::size_t i = 0; i < libraries.size(); ++i)
-                best[i] = std::min(best[i], milliseconds(libraries[i].second.at(name)));
-        std::printf("%-10s", name.c_str());
+                if (const auto found = libraries[i].second.find(name);
+                    found != libraries[i].second.end() && (round < 2 || best[i] < 1500))
+                    best[i] = std::min(best[i], milliseconds(found->second));
+        std::printf("%-16s", name.c_str());
         for (const double b : best)
-            std::printf(" %9.1f (%5.1fx)", b, b / best[0]);
+            if (b < kNever)
+                std::printf(" %9.1f (%5.1fx)", b, b / best[0]);
+            else
+                std::printf(" %18s", "-");
         std::printf("\n");
+        std::fflush(stdout);
         if (json)
             for (std::size_t i = 0; i < best.size(); ++i)
-                json << "{\"operation\":\"" << name << "\",\"library\":\"" << libraries[i].first
-                     << "\",\"best_ms\":" << best[i] << ",\"copy_ms\":" << copyTime << "}\n";
+                if (best[i] < kNever)
+                    json << "{\"operation\":\"" << name << "\",\"library\":\"" << libraries[i].first
+                         << "\",\"best_ms\":" << best[i] << ",\"copy_ms\":" << copyTime << "}\n";
     }
 }
