@@ -61,6 +61,9 @@ int main(int count, char** arguments)
             jobs.push_back({folder / subfolder / (std::string(work.name) + ".tif"), work.paint});
     };
     add("com.corvanix.CoreImageFilter/Textures/Glass Textures", pictures::glassTextures());
+    add("com.corvanix.CoreImageFilter/Textures/Shading Materials", pictures::shadingMaterials());
+    add("com.corvanix.CoreImageFilter/Brushes", pictures::brushTips());
+    jobs.push_back({folder / "whiteBall.tiff", pictures::whiteBall});
 
     std::atomic<std::size_t> next = 0;
     std::atomic<bool> good = true;
