@@ -103,16 +103,17 @@ Painting bristles()
         const double across = p.y / 0.62;
         if (std::abs(across) > 1)
             return 0.0;
-        const double hair = grain({p.x * 0.9, p.y * 26}, 1, 1);
+        const double hair =
+            0.7 * grain({p.x * 0.8, p.y * 48}, 1, 1) + 0.6 * grain({p.x * 0.6, p.y * 21}, 1, 5);
         const double tuft = grain({p.x * 0.4, p.y * 5}, 1, 2);
         // Every hair lifts off at a place of its own.
         const double end =
-            0.55 + 0.3 * grain({3, p.y * 30}, 1, 3) + 0.12 * tuft - 0.15 * across * across;
-        const double start = -0.78 + 0.1 * grain({7, p.y * 14}, 1, 4) + 0.1 * across * across;
+            0.62 + 0.25 * grain({3, p.y * 34}, 1, 3) + 0.12 * tuft - 0.15 * across * across;
+        const double start = -0.8 + 0.1 * grain({7, p.y * 14}, 1, 4) + 0.1 * across * across;
         const double body =
             smooth(start - 0.03, start + 0.05, p.x) * (1 - smooth(end - 0.25, end, p.x));
-        const double dryness = mix(-0.65, 0.05, smooth(-0.6, 0.8, p.x));
-        return body * smooth(dryness - 0.1, dryness + 0.25, hair + 0.4 * tuft) *
+        const double dryness = mix(-0.5, 0.25, smooth(-0.8, 0.8, p.x));
+        return body * smooth(dryness - 0.2, dryness + 0.3, hair + 0.4 * tuft) *
                (1 - smooth(0.9, 1, std::abs(across)));
     });
 }
@@ -135,11 +136,10 @@ Painting charcoal()
 {
     return tip([](V2 p) {
         const V2 q = turned(p, 0.5);
-        const double edge = length({q.x / 0.92, q.y / 0.52}) + 0.12 * coarse(p, 4, 3, 20);
+        const double edge = length({q.x / 0.95, q.y / 0.6}) + 0.12 * coarse(p, 4, 3, 20);
         const double tooth = 0.5 * grain(p, 48, 21) + 0.5 * grain(p, 27, 22) +
                              0.35 * grain({q.x * 3, q.y * 20}, 1, 23);
-        const double dark =
-            mix(0.5, -0.25, smooth(-0.45, 0.45, q.y)) - 1.1 * smooth(0.55, 1.05, edge);
+        const double dark = mix(0.95, 0.05, smooth(-0.5, 0.5, q.y)) - 1.2 * smooth(0.5, 1.05, edge);
         return 0.92 * smooth(-0.25, 0.45, tooth + dark) * (1 - smooth(0.92, 1.05, edge));
     });
 }
@@ -152,9 +152,9 @@ Painting sponge()
         double radius;
     };
     std::vector<Pore> pores;
-    for (int i = 0; i < 420; ++i)
+    for (int i = 0; i < 300; ++i)
         pores.push_back({polar(std::sqrt(chance(i, 0, 30)), 2 * kPi * chance(i, 1, 30)),
-                         0.012 + 0.085 * std::pow(chance(i, 2, 30), 4)});
+                         0.01 + 0.075 * std::pow(chance(i, 2, 30), 6)});
     return tip([&](V2 p) {
         const double outline = length(p) - 0.78 - 0.16 * coarse(p, 2.6, 4, 31);
         double holes = 1e9;
@@ -175,7 +175,7 @@ Painting spatter()
     for (int i = 0; i < 90; ++i) {
         const double angle = 2 * kPi * chance(i, 0, 40),
                      far = 0.3 + 0.58 * std::sqrt(chance(i, 1, 40));
-        const double radius = 0.008 + 0.055 * std::pow(chance(i, 2, 40), 3) * (1.15 - far);
+        const double radius = 0.012 + 0.075 * std::pow(chance(i, 2, 40), 3) * (1.15 - far);
         const double back = chance(i, 3, 40) < 0.35 ? between(0.05, 0.28, i, 4, 40) : 0.001;
         blots.push_back({polar(far - std::min(back, far - 0.25), angle), polar(far, angle), radius,
                          radius * 0.15});
@@ -319,9 +319,6 @@ Painting mapleLeaf()
     corners.push_back({-0.025, -0.55});
     for (int i = 11; i > 0; --i)
         corners.push_back({-half[i].x, half[i].y});
-    struct Vein {
-        V2 to;
-    };
     const V2 veins[] = {{0, 0.72}, {0.5, 0.36}, {-0.5, 0.36}, {0.27, -0.22}, {-0.27, -0.22}};
     return tip([&](V2 p) {
         // Leaves are not drawn with a ruler.
@@ -337,19 +334,18 @@ Painting mapleLeaf()
 Painting fern()
 {
     return tip([](V2 p) {
-        const auto rib = [](double t) { return V2{0.3 * t * t - 0.22, -0.93 + 1.8 * t}; };
+        const auto rib = [](double t) { return V2{0.3 * t * t - 0.18, -0.93 + 1.82 * t}; };
         double away = 1e9;
         for (int i = 0; i < 24; ++i)
-            away = std::min(away, stroke(p, rib(i / 24.0), rib((i + 1) / 24.0), 0.018 - 0.0005 * i,
-                                         0.0175 - 0.0005 * i));
-        for (int i = 0; i < 21; ++i)
+            away = std::min(away, stroke(p, rib(i / 24.0), rib((i + 1) / 24.0), 0.02 - 0.0006 * i,
+                                         0.0194 - 0.0006 * i));
+        for (int i = 0; i < 19; ++i)
             for (const int side : {-1, 1}) {
-                const double t = 0.14 + 0.84 * (i + (side > 0 ? 0.4 : 0)) / 21;
-                const double reach =
-                    0.62 * std::pow(std::sin(kPi * std::pow(1 - t, 0.72)), 0.8) + 0.03;
-                const double angle = kPi / 2 - 0.3 * t - side * (1.15 - 0.35 * t);
+                const double t = 0.16 + 0.82 * (i + (side > 0 ? 0.4 : 0)) / 19;
+                const double reach = 0.72 * std::pow(1 - t, 0.75) * smooth(-0.1, 0.34, t) + 0.03;
+                const double angle = kPi / 2 - 0.25 * t - side * (1.25 - 0.45 * t);
                 away = std::min(away, ellipse(p, rib(t) + polar(reach / 2, angle), angle, reach / 2,
-                                              0.012 + 0.05 * reach));
+                                              0.012 + 0.034 * (1 - t)));
             }
         return inside(away);
     });
@@ -366,7 +362,7 @@ Painting feather()
         if (t > 0 && t < 1) {
             const bool left = x < 0;
             const double half =
-                (left ? 0.25 : 0.19) * std::pow(std::sin(kPi * std::pow(t, 0.62)), 0.55);
+                (left ? 0.34 : 0.25) * std::pow(std::sin(kPi * std::pow(t, 0.62)), 0.55);
             // Barbs rise from the quill; some stick together, here and there they part.
             const double barb = q.y - 0.95 * std::abs(x) + (left ? 0 : 5);
             const double parting = smooth(0.42, 0.62, grain({barb * 4.5, 0}, 1, 80));
@@ -414,7 +410,7 @@ Painting petal()
         const double t = (p.y + 0.92) / 1.8;
         if (t <= 0 || t >= 1)
             return 0.0;
-        const double half = 0.62 * std::pow(t, 0.75) * std::pow(1 - t, 0.36) * 1.5;
+        const double half = 0.62 * std::pow(t, 0.75) * std::sqrt(1 - t) * 1.72;
         const double x = p.x - 0.06 * std::sin(3 * t);
         const double away = (std::abs(x) - half) * 0.8;
         const double vein = 0.14 * (0.5 + 0.5 * std::cos(x / (half + 0.02) * 20)) * (1 - t);
@@ -476,16 +472,17 @@ Painting grass()
 Painting cloud()
 {
     return tip([](V2 p) {
-        double puff = 0;
-        for (const auto& [x, y, r] :
-             {V3{-0.5, -0.12, 0.34}, V3{-0.15, 0.14, 0.42}, V3{0.26, 0.06, 0.38},
-              V3{0.56, -0.16, 0.3}, V3{0, -0.18, 0.42}}) {
-            const V2 d{p.x - x, (p.y - y) * 1.15};
-            puff = std::max(puff, 1 - dot(d, d) / (r * r) * 0.8);
+        double puff = -1;
+        for (const auto& [x, y, r] : {V3{-0.52, -0.14, 0.3}, V3{-0.22, 0.16, 0.36},
+                                      V3{0.2, 0.1, 0.4}, V3{0.54, -0.12, 0.28}, V3{0, -0.16, 0.44},
+                                      V3{-0.3, -0.2, 0.3}, V3{0.34, -0.2, 0.3}}) {
+            const V2 d{p.x - x, p.y - y};
+            puff = std::max(puff, 1 - length(d) / r);
         }
-        const double wisps = 0.5 * coarse(p, 3, 5, 95) + 0.1 * grain(p, 3, 96);
-        const double rim = 1 - smooth(0.8, 0.98, std::max(std::abs(p.x), std::abs(p.y)));
-        return rim * 0.95 * smooth(0.1, 0.75, puff + wisps);
+        const double billows = 0.55 * coarse(p, 3.5, 5, 95);
+        const double density = smooth(-0.12, 0.3, puff + billows * smooth(-0.5, 0.1, puff));
+        const double rim = 1 - smooth(0.82, 0.97, std::max(std::abs(p.x), std::abs(p.y)));
+        return rim * density * (0.78 + 0.2 * smooth(-0.2, 0.5, puff + 0.8 * billows));
     });
 }
 

@@ -1,6 +1,6 @@
 // cif-pictures FOLDER: paints the pictures that the plug-in ships into its resource folder.
 #include "platform/codecs/Codecs.h"
-#include "resources/pictures/Paint.h"
+#include "resources/pictures/Furniture.h"
 
 #include <atomic>
 #include <cstdio>
@@ -64,6 +64,15 @@ int main(int count, char** arguments)
     add("com.corvanix.CoreImageFilter/Textures/Shading Materials", pictures::shadingMaterials());
     add("com.corvanix.CoreImageFilter/Brushes", pictures::brushTips());
     jobs.push_back({folder / "whiteBall.tiff", pictures::whiteBall});
+    for (const plugin::EditorPicture& picture : plugin::kEditorPictures)
+        for (const int density : {1, 2}) {
+            // The gradient is stretched to its place anyway.
+            if (density == 2 && std::string_view(picture.name) == "gradient_hue")
+                continue;
+            jobs.push_back(
+                {folder / (picture.name + std::string(density == 2 ? "@2x.tif" : ".tif")),
+                 [=] { return pictures::editorPicture(picture, density); }});
+        }
 
     std::atomic<std::size_t> next = 0;
     std::atomic<bool> good = true;
