@@ -176,9 +176,13 @@ Painting spatter()
         const double angle = 2 * kPi * chance(i, 0, 40),
                      far = 0.3 + 0.58 * std::sqrt(chance(i, 1, 40));
         const double radius = 0.012 + 0.075 * std::pow(chance(i, 2, 40), 3) * (1.15 - far);
-        const double back = chance(i, 3, 40) < 0.35 ? between(0.05, 0.28, i, 4, 40) : 0.001;
-        blots.push_back({polar(far - std::min(back, far - 0.25), angle), polar(far, angle), radius,
-                         radius * 0.15});
+        const double back = between(0.05, 0.28, i, 4, 40);
+        // Some have a tail that points back at the blot.
+        if (chance(i, 3, 40) < 0.35)
+            blots.push_back({polar(std::max(far - back, 0.25), angle), polar(far, angle), radius,
+                             radius * 0.15});
+        else
+            blots.push_back({polar(far - radius, angle), polar(far, angle), radius, radius});
     }
     return tip([&](V2 p) {
         const double angle = std::atan2(p.y, p.x);

@@ -75,16 +75,14 @@ double convex(V2 p, std::initializer_list<V2> corners)
     return away;
 }
 
-// An arrow with two heads along x, about the origin.
-double doubleArrow(V2 p, double tip)
+// An arrow with two heads through the middle of a cursor.
+void arrow(Spot& spot, double angle, double halfShaft)
 {
-    const V2 q{std::abs(p.x), std::abs(p.y)};
-    const double head = convex(q, {{tip - 3.5, -1}, {tip - 3.5, -4}, {tip, 0}, {tip - 3.5, 4}});
-    return std::min(box(q, -1, -1, tip - 3, 1), head);
-}
-void arrow(Spot& spot, double angle, double tip)
-{
-    spot.outlined(doubleArrow(turned(spot.p - V2{7.5, 7.5}, angle), tip), kBlack);
+    constexpr double kTip = 6.5;
+    const V2 v = turned(spot.p - V2{7.5, 7.5}, angle);
+    const V2 q{std::abs(v.x), std::abs(v.y)};
+    const double head = convex(q, {{kTip - 4, -4}, {kTip, 0}, {kTip - 4, 4}});
+    spot.outlined(std::min(box(q, -1, -1, kTip - 3, halfShaft), head), kBlack);
 }
 
 void boxCursor(Spot& spot)
@@ -104,42 +102,35 @@ void sepCursor(Spot& spot)
     spot.outlined(std::min(bars, head), kBlack);
 }
 
-// Fingers from the little one on, each a stroke with an outline, then the palm that joins them.
-void hand(Spot& spot, std::initializer_list<std::pair<V2, V2>> fingers, double palmTop)
+// Fingers from the little one on, each a stroke with an outline, and the palm that joins them.
+void hand(Spot& spot, std::initializer_list<std::pair<V2, V2>> fingers)
 {
+    const double palm = std::min(bar(spot.p, {6.4, 10.4}, {9.6, 10.4}, 2.4),
+                                 convex(spot.p, {{4, 10}, {12, 10}, {11, 14}, {6, 14}}));
+    spot.fill(palm - 1, kBlack);
     for (const auto& [root, end] : fingers) {
         spot.fill(bar(spot.p, root, end, 1.55), kBlack);
         spot.fill(bar(spot.p, root, end, 0.65), kWhite);
     }
-    const double palm =
-        bar(spot.p, {6.4, palmTop + 2.4}, {9.6, palmTop + 2.4}, 2.4) < 0
-            ? bar(spot.p, {6.4, palmTop + 2.4}, {9.6, palmTop + 2.4}, 2.4)
-            : std::min(
-                  bar(spot.p, {6.4, palmTop + 2.4}, {9.6, palmTop + 2.4}, 2.4),
-                  convex(spot.p, {{4, palmTop + 2}, {12, palmTop + 2}, {11, 14.5}, {6, 14.5}}));
     spot.fill(palm, kWhite);
 }
 
 void openHand(Spot& spot)
 {
-    hand(spot,
-         {{{11.2, 9.5}, {12.7, 4.9}},
-          {{9.3, 9}, {9.9, 2.4}},
-          {{7.2, 9}, {6.9, 1.6}},
-          {{5.2, 9.5}, {4.1, 3}},
-          {{5.2, 12}, {1.7, 8.4}}},
-         8);
+    hand(spot, {{{11.2, 9.5}, {12.7, 4.9}},
+                {{9.3, 9}, {9.9, 2.4}},
+                {{7.2, 9}, {6.9, 1.6}},
+                {{5.2, 9.5}, {4.1, 3}},
+                {{5.2, 12}, {1.7, 8.4}}});
 }
 
 void closedHand(Spot& spot)
 {
-    hand(spot,
-         {{{11.6, 9.5}, {11.6, 7}},
-          {{9.4, 9}, {9.4, 6.2}},
-          {{7.2, 9}, {7.2, 6}},
-          {{5, 9.5}, {5, 6.6}},
-          {{5.2, 12}, {2.8, 9.6}}},
-         8);
+    hand(spot, {{{11.6, 9.5}, {11.6, 7}},
+                {{9.4, 9}, {9.4, 6.2}},
+                {{7.2, 9}, {7.2, 6}},
+                {{5, 9.5}, {5, 6.6}},
+                {{5.2, 12}, {2.8, 9.6}}});
 }
 
 void textContinue(Spot& spot)
@@ -196,12 +187,10 @@ void colorTarget(Spot& spot)
 
 void cropMark(Spot& spot)
 {
-    const double corner =
-        std::min({box(spot.p, 2, 1, 3, 10), box(spot.p, 0, 9, 9, 10) + (spot.p.x < 2 ? 1e9 : 0),
-                  box(spot.p, 2, 3, 9, 4) + (spot.p.x < 2 ? 1e9 : 0), box(spot.p, 8, 3, 9, 12)});
-    const double tails = std::min(box(spot.p, 0, 3, 2, 4), box(spot.p, 9, 9, 11, 10));
-    spot.fill(std::min(corner, tails) - 0.6, {{1, 1, 1}, 0.9});
-    spot.fill(std::min(corner, tails), kDark);
+    const double corners = std::min({box(spot.p, 2, 1, 3, 10), box(spot.p, 2, 9, 11, 10),
+                                     box(spot.p, 0, 3, 9, 4), box(spot.p, 8, 3, 9, 12)});
+    spot.fill(corners - 0.6, {{1, 1, 1}, 0.9});
+    spot.fill(corners, kDark);
 }
 
 void selectMark(Spot& spot)
@@ -239,49 +228,36 @@ void wrapMark(Spot& spot)
               {{0.86, 0.92, 1}});
 }
 
-void draw(Spot& spot, std::string_view name)
-{
-    if (name == "resizeHCursor")
-        arrow(spot, 0, 6.5);
-    else if (name == "resizeVCursor")
-        arrow(spot, kPi / 2, 6.5);
-    else if (name == "resizeD1Cursor")
-        arrow(spot, kPi / 4, 7);
-    else if (name == "resizeD2Cursor")
-        arrow(spot, -kPi / 4, 7);
-    else if (name == "boxCursor")
-        boxCursor(spot);
-    else if (name == "sepCursor")
-        sepCursor(spot);
-    else if (name == "openhandCursor")
-        openHand(spot);
-    else if (name == "closedhandCursor")
-        closedHand(spot);
-    else if (name == "textContinueCursor")
-        textContinue(spot);
-    else if (name == "select")
-        selectMark(spot);
-    else if (name == "small_pricel")
-        target(spot);
-    else if (name == "small_koleso")
-        wheel(spot);
-    else if (name == "small_crop")
-        cropMark(spot);
-    else if (name == "small_color_pricel")
-        colorTarget(spot);
-    else if (name == "shapes")
-        shapesMark(spot);
-    else if (name == "inspector_wrap")
-        wrapMark(spot);
-    else if (name == "gradient_hue")
-        spot.fill(-1, {hue(spot.p.x / 360)});
-}
+struct Drawing {
+    std::string_view name;
+    void (*draw)(Spot&);
+};
+constexpr Drawing kDrawings[] = {
+    {"resizeHCursor", [](Spot& spot) { arrow(spot, 0, 0.5); }},
+    {"resizeVCursor", [](Spot& spot) { arrow(spot, kPi / 2, 0.5); }},
+    {"resizeD1Cursor", [](Spot& spot) { arrow(spot, kPi / 4, 0.8); }},
+    {"resizeD2Cursor", [](Spot& spot) { arrow(spot, -kPi / 4, 0.8); }},
+    {"boxCursor", boxCursor},
+    {"sepCursor", sepCursor},
+    {"openhandCursor", openHand},
+    {"closedhandCursor", closedHand},
+    {"textContinueCursor", textContinue},
+    {"select", selectMark},
+    {"small_pricel", target},
+    {"small_koleso", wheel},
+    {"small_crop", cropMark},
+    {"small_color_pricel", colorTarget},
+    {"shapes", shapesMark},
+    {"inspector_wrap", wrapMark},
+    {"gradient_hue", [](Spot& spot) { spot.fill(-1, {hue(spot.p.x / 360)}); }},
+};
 
 } // namespace
 
 Painting editorPicture(const plugin::EditorPicture& picture, int density)
 {
     constexpr int kFine = 8;
+    const auto drawing = std::ranges::find(kDrawings, picture.name, &Drawing::name);
     Painting out(picture.width * density, picture.height * density);
     for (int y = 0; y < out.height; ++y)
         for (int x = 0; x < out.width; ++x) {
@@ -291,7 +267,7 @@ Painting editorPicture(const plugin::EditorPicture& picture, int density)
                 for (int i = 0; i < kFine; ++i) {
                     Spot spot(
                         {(x + (i + 0.5) / kFine) / density, (y + (j + 0.5) / kFine) / density});
-                    draw(spot, picture.name);
+                    drawing->draw(spot);
                     color = color + spot.color();
                     alpha += spot.alpha();
                 }
