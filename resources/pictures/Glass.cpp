@@ -196,7 +196,7 @@ Painting bubbles()
 }
 
 // Crown glass roundels: a knob in the middle of each, rings about it, small ones in the corners.
-Painting bullsEye()
+Painting roundels()
 {
     const auto roundel = [](double d, double radius, double rings) {
         const double t = d / radius;
@@ -502,17 +502,28 @@ Painting weave()
 
 std::vector<Work> glassTextures()
 {
-    return {{"Antique", antique},     {"Bark", bark},
-            {"Bricks", bricks},       {"Bubbles", bubbles},
-            {"Bull's Eye", bullsEye}, {"Crackle", crackle},
-            {"Diamond", diamond},     {"Drops", drops},
-            {"Facets", facets},       {"Frosted", frosted},
-            {"Hammered", hammered},   {"Herringbone", herringbone},
-            {"Honeycomb", honeycomb}, {"Ice", ice},
-            {"Lenses", lenses},       {"Pebbles", pebbles},
-            {"Rain", rain},           {"Reeded", reeded},
-            {"Ripple", ripple},       {"Scales", scales},
-            {"Swirl", swirl},         {"Waves", waves},
+    return {{"Antique", antique},
+            {"Bark", bark},
+            {"Bricks", bricks},
+            {"Bubbles", bubbles},
+            {"Crackle", crackle},
+            {"Diamond", diamond},
+            {"Drops", drops},
+            {"Facets", facets},
+            {"Frosted", frosted},
+            {"Hammered", hammered},
+            {"Herringbone", herringbone},
+            {"Honeycomb", honeycomb},
+            {"Ice", ice},
+            {"Lenses", lenses},
+            {"Pebbles", pebbles},
+            {"Rain", rain},
+            {"Reeded", reeded},
+            {"Ripple", ripple},
+            {"Roundels", roundels},
+            {"Scales", scales},
+            {"Swirl", swirl},
+            {"Waves", waves},
             {"Weave", weave}};
 }
 

@@ -167,7 +167,7 @@ Painting bronze()
 }
 Painting steel()
 {
-    return ball([](V3 n) { return metal(n, {0.42, 0.48, 0.55}, 0.3); });
+    return ball([](V3 n) { return metal(n, {0.42, 0.48, 0.55}, 0.2); });
 }
 
 // A mirror out of doors: sky above, a far horizon well below the middle, dark ground.
