@@ -348,8 +348,10 @@ Painting fern()
                 const double t = 0.16 + 0.82 * (i + (side > 0 ? 0.4 : 0)) / 19;
                 const double reach = 0.72 * std::pow(1 - t, 0.75) * smooth(-0.1, 0.34, t) + 0.03;
                 const double angle = kPi / 2 - 0.25 * t - side * (1.25 - 0.45 * t);
-                away = std::min(away, ellipse(p, rib(t) + polar(reach / 2, angle), angle, reach / 2,
-                                              0.012 + 0.034 * (1 - t)));
+                const V2 middle = rib(t) + polar(reach / 2, angle);
+                if (length(p - middle) - reach / 2 < away)
+                    away = std::min(away,
+                                    ellipse(p, middle, angle, reach / 2, 0.012 + 0.034 * (1 - t)));
             }
         return inside(away);
     });

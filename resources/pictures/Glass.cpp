@@ -246,6 +246,8 @@ Painting drops()
         for (std::size_t i = 0; i < discs.size(); ++i) {
             const Disc& d = discs[i];
             const V2 v = nearest(p - d.center);
+            if (length(v) > d.radius * 1.2)
+                continue;
             // Heavier below, and none quite round.
             const double angle = std::atan2(v.y, v.x);
             const double round = 1 + 0.06 * std::sin(2 * angle + 7 * chance(int(i), 0, 51)) +
@@ -274,7 +276,7 @@ Painting facets()
 // Fine, even grain that blurs like breath on the pane.
 Painting frosted()
 {
-    return glass(0.3, 0.8, [](V2 p) {
+    return glass(0.38, 0.8, [](V2 p) {
         return noise(cellsOf(p, 110), 110, 110, 70) + 0.7 * noise(cellsOf(p, 62), 62, 62, 71) +
                0.5 * noise(cellsOf(p, 24), 24, 24, 72);
     });
@@ -388,17 +390,21 @@ Painting rain()
                 h = 0.9 * d.radius * (1 - t * t);
         }
         for (int i = 0; i < kTrails; ++i) {
+            const double straight = (i + 0.5 + 0.5 * (chance(i, 1, 111) - 0.5)) * kSide / kTrails;
+            if (std::abs(wrapped(p.x - straight, kSide)) > 40)
+                continue;
+            const V2 along{p.y / kSide, i + 0.5};
+            const auto crooked = [&](int waves, std::uint32_t salt) {
+                return noise({along.x * waves, along.y}, waves, 64, salt);
+            };
+            const double x =
+                wrapped(p.x - straight - 9 * crooked(7, 112) - 3 * crooked(19, 113), kSide);
             const double foot = kSide * chance(i, 0, 111);
-            const double down = p.y - foot - kSide * std::floor((p.y - foot) / kSide); // 0…kSide
-            const double above = kSide - down; // above the foot
-            const double middle = (i + 0.5 + 0.5 * (chance(i, 1, 111) - 0.5)) * kSide / kTrails +
-                                  9 * noise({p.y / kSide * 7, i + 0.5}, 7, 64, 112) +
-                                  3 * noise({p.y / kSide * 19, i + 0.5}, 19, 64, 113);
-            const double x = wrapped(p.x - middle, kSide);
+            const double below = (p.y - foot) / kSide;
+            const double above = kSide * (1 - below + std::floor(below)); // the foot
             const double length = between(170, 420, i, 2, 111);
             const double fade = 1 - smooth(0.55, 1, above / length);
-            const double half =
-                (5 + 2 * noise({p.y / kSide * 24, i + 0.5}, 24, 64, 114)) * (0.4 + 0.6 * fade);
+            const double half = (5 + 2 * crooked(24, 114)) * (0.4 + 0.6 * fade);
             if (std::abs(x) < half)
                 h = std::max(h, fade * half * (1 - x * x / (half * half)));
             const V2 bead{x, wrapped(p.y - foot + 9, kSide)};
