@@ -56,7 +56,7 @@ double glancing(V3 normal, double power = 5)
 {
     return std::pow(1 - normal.z, power);
 }
-// Brightness and saturation as people write them, to light.
+// A colour as it looks on a screen, as light.
 V3 rgb(int hex)
 {
     const auto light = [](int byte) { return std::pow((byte & 255) / 255.0, 2.2); };
@@ -369,7 +369,7 @@ Painting oil()
     });
 }
 
-// Lava, neon: light from within, hottest where the surface looks at us.
+// Light from within, hottest where the surface looks at us.
 Painting ember()
 {
     return ball([](V3 n) {
