@@ -4,12 +4,21 @@
 #include "platform/builtin/blur/GaussianBlur.h"
 #include "platform/builtin/color/ColorMaps.h"
 #include "platform/builtin/composite/Compositing.h"
+#include "platform/builtin/distortion/BumpDistortionLinear.h"
+#include "platform/builtin/distortion/CircleSplashDistortion.h"
+#include "platform/builtin/distortion/CircleWarps.h"
+#include "platform/builtin/distortion/CircularWrap.h"
+#include "platform/builtin/distortion/GlassDistortion.h"
+#include "platform/builtin/distortion/HoleDistortion.h"
 #include "platform/builtin/generator/Lights.h"
 #include "platform/builtin/generator/Patterns.h"
 #include "platform/builtin/geometry/Geometry.h"
 #include "platform/builtin/lighting/HeightField.h"
 #include "platform/builtin/lighting/ShadedMaterial.h"
 #include "platform/builtin/tile/AffineTile.h"
+#include "platform/builtin/tile/FoldTiles.h"
+#include "platform/builtin/tile/Kaleidoscope.h"
+#include "platform/builtin/tile/OpTile.h"
 
 namespace builtin {
 
@@ -28,10 +37,31 @@ void registerBuiltinFilters(imaging::FilterRegistry& registry)
 
     GaussianBlur::initialize(registry);
 
+    BumpDistortion::initialize(registry);
+    BumpDistortionLinear::initialize(registry);
+    CircleSplashDistortion::initialize(registry);
+    CircularWrap::initialize(registry);
+    HoleDistortion::initialize(registry);
+    PinchDistortion::initialize(registry);
+    TwirlDistortion::initialize(registry);
+    VortexDistortion::initialize(registry);
+    TorusLensDistortion::initialize(registry);
+    GlassDistortion::initialize(registry);
     AffineTransformFilter::initialize(registry);
     Crop::initialize(registry);
 
     AffineTile::initialize(registry);
+    Kaleidoscope::initialize(registry);
+    OpTile::initialize(registry);
+    ParallelogramTile::initialize(registry);
+    TriangleTile::initialize(registry);
+    FourfoldRotatedTile::initialize(registry);
+    FourfoldTranslatedTile::initialize(registry);
+    GlideReflectedTile::initialize(registry);
+    EightfoldReflectedTile::initialize(registry);
+    FourfoldReflectedTile::initialize(registry);
+    SixfoldReflectedTile::initialize(registry);
+    SixfoldRotatedTile::initialize(registry);
 
     ConstantColorGenerator::initialize(registry);
     CheckerboardGenerator::initialize(registry);
