@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -94,6 +95,9 @@ protected:
         std::unique_ptr<Filter> filter = Filter::filterWithName(GetParam());
         filter->setDefaults();
         setImages(*filter, input, auxiliary);
+        // Its wedge opens to the right of the centre, which must not lie beyond these pictures.
+        if (GetParam() == "CIKaleidoscope")
+            filter->setValueForKey(Vector(30, 20), "inputCenter");
         return filter;
     }
 };
@@ -314,9 +318,10 @@ TEST_P(FilterContract, TakesItsDefaultsAndNothingOfTheWrongKind)
 
 TEST_P(FilterContract, BuiltInFiltersStartFromTheirDefaults)
 {
-    if (GetParam().starts_with("CIF") && GetParam() != "CIFalseColor")
+    if (GetParam().starts_with("CIF") && std::isupper(GetParam()[3]))
         GTEST_SKIP() << "the plug-in's own filters start from nought";
-    const auto fresh = Filter::filterWithName(GetParam()), set = made();
+    const auto fresh = Filter::filterWithName(GetParam()), set = Filter::filterWithName(GetParam());
+    set->setDefaults();
     for (const std::string& key : fresh->inputKeys())
         if (fresh->description().input(key)->attributeClass != "CIImage") {
             EXPECT_EQ(fresh->valueForKey(key), set->valueForKey(key)) << key;

@@ -155,7 +155,7 @@ struct FourfoldRotatedFold {
     double w;
 
     Lattice lattice() const { return {{2 * w, 0}, {0, 2 * w}}; }
-    Polygon cell() const { return {{0, 0}, {w, w}}; }
+    Polygon cell() const { return cornersOf({0, 0, w, w}); }
 
     Vec2 operator()(Vec2 q) const
     {
@@ -172,7 +172,7 @@ struct GlideReflectedFold {
     double w;
 
     Lattice lattice() const { return {{2 * w, 0}, {0, w}}; }
-    Polygon cell() const { return {{0, 0}, {w, w}}; }
+    Polygon cell() const { return cornersOf({0, 0, w, w}); }
 
     Vec2 operator()(Vec2 q) const
     {
@@ -187,7 +187,7 @@ struct EightfoldReflectedFold {
     double w;
 
     Lattice lattice() const { return {{2 * w, 0}, {0, 2 * w}}; }
-    Polygon cell() const { return {{0, 0}, {w, w}}; }
+    Polygon cell() const { return cornersOf({0, 0, w, w}); }
 
     Vec2 operator()(Vec2 q) const
     {
