@@ -388,6 +388,12 @@ TEST(Distortion, ReadsWhatItSaysItReads)
     const Image same = Image::fromBitmap(renderWhole(computed), -13, 7);
     std::vector<Mapping> all = mappings();
     all.push_back(glass("Glass", 15, 11, {0, 0}, {40.3, -51.9}, 30));
+    // Of opaque bytes it is known how far they bend.
+    const Image relief = image(picture("edges-64x48"));
+    all.push_back({"GlassOfBytes",
+                   "CIGlassDistortion",
+                   {{"inputTexture", relief.node()}, {"inputScale", 25}},
+                   {}});
     for (const Mapping& m : all) {
         const Image a = outputOf(m.filter, nullptr, with(m.inputs, computed));
         const Image b = outputOf(m.filter, nullptr, with(m.inputs, same));

@@ -402,6 +402,32 @@ TEST_F(Pipeline, FitsTransformedResultsIntoThePicture)
     EXPECT_EQ(pixel(image, 25, 10), (Pixel{255, 255, 255, 255}));
 }
 
+TEST_F(Pipeline, FitsTheKaleidoscopeIntoThePicture)
+{
+    // Red above blue. One pair of mirrored halves shows the upper one twice: 60 by 40 pixels in the
+    // middle of a square of 74, which is shrunk to the picture's height.
+    const PictureRef halves = Picture::fromBitmap(bitmapFrom(60, 40, [](int, int y) {
+        return y < 20 ? Pixel{255, 0, 0, 255} : Pixel{0, 0, 255, 255};
+    }));
+    const Dictionary once = {{"inputCount", 1}, {"CIFinputCenter", Point{30, 20}}};
+    const PictureRef result = apply("CIKaleidoscope", once, halves);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->size(), (foundation::Size{60, 40}));
+    for (int y = 0; y < 40; ++y)
+        for (int x = 0; x < 60; ++x) {
+            const bool beside = x < 13 || x >= 47 || y < 8 || y >= 32;
+            const bool within = x >= 15 && x < 45 && y >= 11 && y < 29;
+            if (beside) {
+                EXPECT_EQ(pixel(result, x, y)[3], 0) << x << " " << y;
+            } else if (within) {
+                EXPECT_EQ(pixel(result, x, y), (Pixel{255, 0, 0, 255})) << x << " " << y;
+            }
+        }
+    const Image overWhite = output("CIKaleidoscope", once, halves);
+    EXPECT_EQ(pixel(overWhite, 20, 20), (Pixel{255, 0, 0, 255}));
+    EXPECT_EQ(pixel(overWhite, 5, 20), (Pixel{255, 255, 255, 255}));
+}
+
 TEST_F(Pipeline, AnswersNothingForWhatIsNoFilter)
 {
     LogLines log;
@@ -427,10 +453,10 @@ TEST_F(Pipeline, FinishesWithoutAnOutput)
 TEST_F(Pipeline, AppliesEveryEntryOfTheCatalogue)
 {
     const PictureRef source = patterned(24, 16), aid = patterned(8, 8);
-    const Dictionary attributes = {{"CIFinputCenter", Point{12, 8}},
-                                   {"CIFinputTexture", aid},
-                                   {"CIFinputShadingImage", aid},
-                                   {"inputRadius", "not a number"}};
+    const Dictionary common = {{"CIFinputCenter", Point{12, 8}},
+                               {"CIFinputTexture", aid},
+                               {"CIFinputShadingImage", aid},
+                               {"inputRadius", "not a number"}};
     int applied = 0;
     for (const std::string& name : main.CIFAllFilterIdentifiers()) {
         if (name == "NSToolbarSeparatorItemIdentifier" || name == "Crop")
@@ -445,6 +471,10 @@ TEST_F(Pipeline, AppliesEveryEntryOfTheCatalogue)
             if (!main.CIFQueryInputKeysForFilter(filter))
                 continue;
             ++applied;
+            // The circle that these two clear is larger than the picture, unless it is told.
+            Dictionary attributes = common;
+            if (filter == "CIHoleDistortion" || filter == "CICircularWrap")
+                attributes.set("inputRadius", 4);
             const PictureRef result = apply(filter, attributes, source);
             ASSERT_TRUE(result) << filter;
             ASSERT_TRUE(result->bitmap()) << filter;
