@@ -52,9 +52,9 @@ inline void expectMapping(const Mapping& m)
 {
     const Image out = outputOf(m.filter, nullptr, with(m.inputs, positions()));
     const Rect reached = out.extent();
-    const Rect region = Rect::fromEdges(std::max(reached.x, -60.0), std::max(reached.y, -40.0),
-                                        std::min(reached.right(), 160.0),
-                                        std::min(reached.top(), 150.0));
+    const Rect region =
+        Rect::fromEdges(std::max(reached.x, -60.0), std::max(reached.y, -40.0),
+                        std::min(reached.right(), 160.0), std::min(reached.top(), 150.0));
     const BitmapRef pixels = render(out, region);
     const auto inside = [](Point p, double margin) {
         return p.x >= kPositions.x + margin && p.x <= kPositions.right() - margin &&
