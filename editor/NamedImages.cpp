@@ -1,0 +1,85 @@
+#include "editor/NamedImages.h"
+
+#include "platform/codecs/Codecs.h"
+#include "platform/drawing/Picture.h"
+#include "platform/foundation/Bundle.h"
+#include "platform/imaging/Image.h"
+#include "platform/imaging/Renderer.h"
+#include "plugin/EditorPictures.h"
+
+#include <QHash>
+#include <QPixmap>
+
+#include <algorithm>
+#include <cstring>
+
+namespace editor {
+
+QImage imageOf(const foundation::PictureRef& picture)
+{
+    imaging::BitmapRef bitmap = picture ? picture->bitmap() : nullptr;
+    if (bitmap && bitmap->format() != imaging::PixelFormat::Rgba8)
+        bitmap =
+            imaging::render(imaging::Image::fromBitmap(bitmap),
+                            {0, 0, bitmap->width(), bitmap->height()}, imaging::PixelFormat::Rgba8);
+    if (!bitmap)
+        return {};
+    const QImage shared(reinterpret_cast<const uchar*>(bitmap->row(0)), bitmap->width(),
+                        bitmap->height(), static_cast<qsizetype>(bitmap->bytesPerRow()),
+                        QImage::Format_RGBA8888);
+    // Premultiplied is what painting is fast with; the conversion copies.
+    return shared.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
+QImage imageWithNameOfType(const QString& name, const QString& type, double density)
+{
+    static QHash<QString, QImage> known;
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    const QString base = type.isEmpty() && dot > 0 ? name.left(dot) : name;
+    const QString kind = type.isEmpty() && dot > 0 ? name.mid(dot + 1) : type;
+    if (density > 1) {
+        QImage dense = imageWithNameOfType(base + QStringLiteral("@2x"), kind);
+        if (!dense.isNull()) {
+            dense.setDevicePixelRatio(2);
+            return dense;
+        }
+    }
+    if (const auto found = known.constFind(base); found != known.constEnd())
+        return *found;
+    const auto file = foundation::resourcePath(base.toStdString(), kind.toStdString());
+    const auto picture = file
+                             ? codecs::readPicture(*file)
+                             : foundation::Result<foundation::PictureRef>(foundation::PictureRef());
+    const QImage image = picture ? imageOf(*picture) : QImage();
+    if (!image.isNull())
+        known.insert(base, image);
+    return image;
+}
+
+QImage imageFromType(int type, double density)
+{
+    for (const plugin::SmallPicture& small : plugin::kSmallPictures)
+        if (small.type == type)
+            return imageWithNameOfType(QString::fromLatin1(small.name), QStringLiteral("tif"),
+                                       density);
+    return {};
+}
+
+const QCursor& cursorFromType(int type)
+{
+    static QHash<int, QCursor> known;
+    if (const auto found = known.constFind(type); found != known.constEnd())
+        return *found;
+    QCursor cursor(type == 6 ? Qt::IBeamCursor : Qt::ArrowCursor);
+    for (const plugin::CursorPicture& picture : plugin::kCursorPictures) {
+        if (picture.type != type)
+            continue;
+        const QImage image =
+            imageWithNameOfType(QString::fromLatin1(picture.name), QStringLiteral("tif"), 2);
+        if (!image.isNull())
+            cursor = QCursor(QPixmap::fromImage(image), picture.hotX, picture.hotY);
+    }
+    return *known.insert(type, cursor);
+}
+
+} // namespace editor
