@@ -1,8 +1,13 @@
 // The list of generators: one line each.
 #include "generators/Register.h"
 
+#include "generators/GLIF_ColourBars.h"
+#include "generators/GLIF_FlashLines.h"
 #include "generators/GLIF_HilbertCurve.h"
 #include "generators/GLIF_Plasma.h"
+#include "generators/GLIF_StarField.h"
+#include "generators/GLIF_TwistPolygons.h"
+#include "generators/GLIF_TwistedSquares.h"
 
 namespace generators {
 
@@ -20,8 +25,13 @@ struct Entry {
 };
 
 constexpr Entry kEntries[] = {
+    {"GLIF_ColourBars", make<GLIF_ColourBars>},
+    {"GLIF_FlashLines", make<GLIF_FlashLines>},
     {"GLIF_HilbertCurve", make<GLIF_HilbertCurve>},
     {"GLIF_Plasma", make<GLIF_Plasma>},
+    {"GLIF_StarField", make<GLIF_StarField>},
+    {"GLIF_TwistPolygons", make<GLIF_TwistPolygons>},
+    {"GLIF_TwistedSquares", make<GLIF_TwistedSquares>},
 };
 
 } // namespace
