@@ -5,6 +5,7 @@
 #include "generators/GLIF_FlashLines.h"
 #include "generators/GLIF_HilbertCurve.h"
 #include "generators/GLIF_Plasma.h"
+#include "generators/GLIF_Shapes.h"
 #include "generators/GLIF_StarField.h"
 #include "generators/GLIF_TwistPolygons.h"
 #include "generators/GLIF_TwistedSquares.h"
@@ -29,6 +30,7 @@ constexpr Entry kEntries[] = {
     {"GLIF_FlashLines", make<GLIF_FlashLines>},
     {"GLIF_HilbertCurve", make<GLIF_HilbertCurve>},
     {"GLIF_Plasma", make<GLIF_Plasma>},
+    {"GLIF_Shapes", make<GLIF_Shapes>},
     {"GLIF_StarField", make<GLIF_StarField>},
     {"GLIF_TwistPolygons", make<GLIF_TwistPolygons>},
     {"GLIF_TwistedSquares", make<GLIF_TwistedSquares>},
