@@ -1,4 +1,4 @@
-// Eight manners of filling a sheet with flat shapes; the number of shapes is the same at any size.
+// Eight manners of filling a sheet with flat shapes, as many at any size.
 //
 //   0 quarters    a grid of quarter and half circles, leaves and dots on coloured tiles
 //   1 boomerangs  with their outlines slipped out of place, dots and starbursts between them
@@ -108,16 +108,23 @@ struct Sheet {
     }
 };
 
-// Square tiles over the whole sheet, their corners on whole points so that neighbours meet without
-// a seam, the sheet's middle in the middle of the grid.
+// Square tiles over the whole sheet, the sheet's middle in the middle of the grid. How many there
+// are depends on its proportions alone, so that a preview shows what the full size will.
 struct Grid {
     Grid(const Sheet& sheet, double tiles)
-        : side(std::max(1.0, std::round(sheet.tileSide(tiles)))),
-          columns(truncToInt(std::ceil(sheet.width / side))),
-          rows(truncToInt(std::ceil(sheet.height / side))),
-          left(std::floor((sheet.width - columns * side) / 2)),
-          bottom(std::floor((sheet.height - rows * side) / 2))
+        : side(sheet.tileSide(tiles)), columns(tilesAlong(sheet.width)),
+          rows(tilesAlong(sheet.height)), left((sheet.width - columns * side) / 2),
+          bottom((sheet.height - rows * side) / 2)
     {
+    }
+
+    // Corners on whole points, so that neighbours that touch meet without a seam.
+    void align()
+    {
+        const Point middle = corner(columns / 2.0, rows / 2.0);
+        side = std::ceil(side - kExact);
+        left = std::floor(middle.x - columns * side / 2);
+        bottom = std::floor(middle.y - rows * side / 2);
     }
 
     double side;
@@ -128,6 +135,12 @@ struct Grid {
     {
         return {left + column * side, bottom + row * side};
     }
+
+private:
+    // Less than this is rounding, not a tile of its own.
+    static constexpr double kExact = 1e-6;
+
+    int tilesAlong(double length) const { return truncToInt(std::ceil(length / side - kExact)); }
 };
 
 Rect squareAround(Point center, double half)
@@ -211,7 +224,8 @@ private:
 // Each tile draws its figure, its turn, whether its ground stays open, and three colours.
 void drawQuarters(const Sheet& sheet)
 {
-    const Grid grid(sheet, 48);
+    Grid grid(sheet, 48);
+    grid.align();
     Path ground;
     ground.appendRect({-1, -1, 2, 2});
     for (int row = 0; row < grid.rows; ++row)

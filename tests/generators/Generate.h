@@ -9,6 +9,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 namespace support {
@@ -38,6 +39,28 @@ inline std::string bytesOf(const PictureRef& picture)
     for (int y = 0; bitmap && y < bitmap->height(); ++y)
         bytes.append(reinterpret_cast<const char*>(bitmap->row(y)), 4 * bitmap->width());
     return bytes;
+}
+
+// What a vector picture draws of one kind, in order: Recording::Fill, Stroke or Image.
+template <class Op>
+std::vector<Op> drawn(const PictureRef& picture)
+{
+    std::vector<Op> found;
+    for (const drawing::Recording::Op& op : picture->recording()->ops)
+        if (const auto* one = std::get_if<Op>(&op))
+            found.push_back(*one);
+    return found;
+}
+
+// The end points of a path's elements, in order; closing has none.
+inline std::vector<foundation::Point> pointsOf(const drawing::Path& path)
+{
+    using Kind = drawing::Path::Element::Kind;
+    std::vector<foundation::Point> points;
+    for (const drawing::Path::Element& element : path.elements())
+        if (element.kind != Kind::Close)
+            points.push_back(element.points[element.kind == Kind::CurveTo ? 2 : 0]);
+    return points;
 }
 
 // What an editor starts with: the described defaults.

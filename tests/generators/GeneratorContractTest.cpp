@@ -129,5 +129,24 @@ TEST_P(Generator, BearsAnyNumberUnderAnyKey)
     }
 }
 
+// The texts are fixed, odd spellings included; a bitmap generator says nothing.
+TEST(VectorGenerators, SayWhenThereIsNoPicture)
+{
+    const std::pair<const char*, const char*> texts[] = {
+        {"GLIF_ColourBars", "GLIF_ColourBars: can't generate"},
+        {"GLIF_FlashLines", "GLIF_FlashLines: can't generate"},
+        {"GLIF_Shapes", "GLIF_Shapes: can't generate"},
+        {"GLIF_StarField", "GLIF_StarField: can't generate"},
+        {"GLIF_TwistPolygons", "GLIF_PolygonSquares: can't generate"},
+        {"GLIF_TwistedSquares", "GLIF_TwistedSquares: can't generate"},
+    };
+    for (const auto& [name, text] : texts) {
+        LogRecorder log;
+        EXPECT_EQ(generate(name, 10, 0, {}), nullptr);
+        EXPECT_EQ(log.lines, std::vector<std::string>{text});
+        EXPECT_TRUE(generate(name, 10, 1, {})->isVector());
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Registered, Generator, testing::ValuesIn(generators::classNames()),
                          [](const auto& test) { return test.param; });
