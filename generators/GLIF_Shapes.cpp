@@ -396,8 +396,8 @@ void drawRings(const Sheet& sheet)
         }
 }
 
-// Two arcs to a tile join the middles of its sides in pairs. The ends of the arcs, which
-// neighbouring tiles share: the upright sides first, row after row, then the level ones.
+// Two arcs to a tile join the middles of its sides in pairs, one of two ways; arcs of neighbouring
+// tiles meet in the side they share and make ribbons, which end at the grid's edge or close.
 class Ribbons {
 public:
     // Each tile draws which pairs it joins.
@@ -408,41 +408,29 @@ public:
             _flipped[i] = randomInt() % 2 != 0;
     }
 
-    // The ribbon through this arc (0 the one at the lower left or lower right corner, 1 the other),
-    // both ways to where it ends or closes. Empty if it was followed before.
+    // The whole ribbon through this arc (0 the one that meets the tile's lower side, 1 the other);
+    // empty if it was followed before.
     Path follow(int column, int row, int arc)
     {
         Path path;
         if (_walked[indexOf(column, row, arc)])
             return path;
-        // Back to where it begins, or once around, then the whole way.
-        Step begin{column, row, arc == 0 ? kBottom : kTop};
-        Step at = begin;
-        const std::size_t mostSteps = _walked.size();
-        for (std::size_t i = 0; i <= mostSteps; ++i) {
-            Step before = at;
-            if (!leave(before, at.side))
-                break;
-            // Entered from the neighbour's shared side: the arc there leads on to its other end.
-            at = {before.column, before.row, otherEnd(before)};
-            if (at == begin)
+        // Back to where it begins, or once around.
+        const Step here{column, row, arc == 0 ? kBottom : kTop};
+        Step first = here, before = here;
+        while (leave(before, first.side)) {
+            first = before = {before.column, before.row, otherEnd(before)};
+            if (first == here)
                 break;
         }
-        const Step first = at;
-        bool closed = false;
+        Step at = first;
         do {
             _walked[indexOf(at.column, at.row, arcAt(at))] = true;
             appendArc(path, at);
-            const Side exit = otherEnd(at);
-            closed = false;
-            Step next = at;
-            if (!leave(next, exit))
-                break;
-            at = next;
-            closed = at == first;
-        } while (!closed);
-        if (closed)
-            path.close();
+            if (!leave(at, otherEnd(at)))
+                return path;
+        } while (!(at == first));
+        path.close();
         return path;
     }
 
