@@ -23,10 +23,10 @@ constexpr AttributeTable kAttributes = {
     {"GLIFBackgroundColor", Color::white()},
 };
 
-// More rings to a shape, or corners, than can be told apart, and more of them in all than are drawn
-// in a few seconds. What goes beyond is left out.
+// More rings to a shape, or corners, than can be told apart, and more of them in all than anyone
+// waits for (some ten seconds on a large picture). What goes beyond is left out.
 constexpr int kMostCount = 1'000;
-constexpr int kMostFigures = 100'000;
+constexpr int kMostFigures = 50'000;
 
 constexpr double kPi = std::numbers::pi;
 
