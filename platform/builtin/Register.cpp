@@ -2,6 +2,7 @@
 #include "platform/builtin/Register.h"
 
 #include "platform/builtin/blur/GaussianBlur.h"
+#include "platform/builtin/blur/NoiseReduction.h"
 #include "platform/builtin/color/ColorMaps.h"
 #include "platform/builtin/composite/Compositing.h"
 #include "platform/builtin/distortion/BumpDistortionLinear.h"
@@ -13,8 +14,14 @@
 #include "platform/builtin/generator/Lights.h"
 #include "platform/builtin/generator/Patterns.h"
 #include "platform/builtin/geometry/Geometry.h"
+#include "platform/builtin/halftone/CMYKHalftone.h"
+#include "platform/builtin/halftone/Screens.h"
 #include "platform/builtin/lighting/HeightField.h"
 #include "platform/builtin/lighting/ShadedMaterial.h"
+#include "platform/builtin/stylize/ComicEffect.h"
+#include "platform/builtin/stylize/EdgeWork.h"
+#include "platform/builtin/stylize/Edges.h"
+#include "platform/builtin/stylize/LineOverlay.h"
 #include "platform/builtin/tile/AffineTile.h"
 #include "platform/builtin/tile/FoldTiles.h"
 #include "platform/builtin/tile/Kaleidoscope.h"
@@ -36,6 +43,18 @@ void registerBuiltinFilters(imaging::FilterRegistry& registry)
     ColorMatrix::initialize(registry);
 
     GaussianBlur::initialize(registry);
+    NoiseReduction::initialize(registry);
+
+    Edges::initialize(registry);
+    EdgeWork::initialize(registry);
+    LineOverlay::initialize(registry);
+    ComicEffect::initialize(registry);
+
+    CircularScreen::initialize(registry);
+    DotScreen::initialize(registry);
+    HatchedScreen::initialize(registry);
+    LineScreen::initialize(registry);
+    CMYKHalftone::initialize(registry);
 
     BumpDistortion::initialize(registry);
     BumpDistortionLinear::initialize(registry);

@@ -6,6 +6,7 @@
 #include "platform/builtin/color/ColorMaps.h"
 
 #include "platform/builtin/Inputs.h"
+#include "platform/builtin/color/Posterize.h"
 #include "platform/imaging/Kernel.h"
 
 #include <cmath>
@@ -169,14 +170,7 @@ Image ColorPosterize::outputImage() const
     const double levels = inputLevels >= 1 ? std::floor(std::min(inputLevels, 65536.0)) : 1;
     if (levels == 1)
         return mapColor(inputImage, [](Rgb) { return Rgb{0.0f, 0.0f, 0.0f}; });
-    return mapColor(inputImage, [=](Rgb u) {
-        const F n = levels, last = levels - 1;
-        // The summand keeps bytes that lie on a border (51 of 255 at five levels) above it.
-        const auto posterized = [&](F x) {
-            return min(floor(clamp01(x) * n + F(1.0f / 1024)), last) / last;
-        };
-        return Rgb{posterized(u.r), posterized(u.g), posterized(u.b)};
-    });
+    return mapColor(inputImage, Posterize{levels});
 }
 
 void ColorInvert::initialize(FilterRegistry& registry)

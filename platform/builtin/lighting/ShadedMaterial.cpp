@@ -2,6 +2,7 @@
 // ball slopes the same way.
 #include "platform/builtin/lighting/ShadedMaterial.h"
 
+#include "platform/builtin/Gradient.h"
 #include "platform/builtin/Inputs.h"
 #include "platform/imaging/Kernel.h"
 
@@ -19,16 +20,9 @@ struct Normals {
 
     Px operator()(const auto& window) const
     {
-        const auto h = [&](int dx, int dy) { return window.luma(dx, dy); };
-        const F lowLeft = h(-1, -1), low = h(0, -1), lowRight = h(1, -1), left = h(-1, 0),
-                right = h(1, 0), highLeft = h(-1, 1), high = h(0, 1), highRight = h(1, 1);
-        const F k = -scale / 8;
-        const F x =
-            k * ((highRight + F(2.0f) * right + lowRight) - (highLeft + F(2.0f) * left + lowLeft));
-        const F y =
-            k * ((highLeft + F(2.0f) * high + highRight) - (lowLeft + F(2.0f) * low + lowRight));
-        const F shorter = F(1.0f) / sqrt(x * x + y * y + F(1.0f));
-        return {x * shorter, y * shorter, 0.0f, window(0, 0).a};
+        const Vec2 n = gradient([&](int dx, int dy) { return window.luma(dx, dy); }) * F(-scale);
+        const F shorter = F(1.0f) / sqrt(dot(n, n) + F(1.0f));
+        return {n.x * shorter, n.y * shorter, 0.0f, window(0, 0).a};
     }
 };
 
