@@ -1,4 +1,4 @@
-// The picture as a printed comic: even colours and dots, drawn over with lines.
+// The picture as a printed comic: few tones and dots, drawn over with lines.
 #include "platform/builtin/stylize/ComicEffect.h"
 
 #include "platform/builtin/Inputs.h"
@@ -11,6 +11,20 @@
 namespace builtin {
 
 using namespace imaging;
+
+namespace {
+
+// Six tones of every hue. Levels for each component by itself would turn a grey-blue sky into
+// patches of green and violet.
+Rgb inFewTones(Rgb color)
+{
+    const Rgb u{clamp01(color.r), clamp01(color.g), clamp01(color.b)};
+    const F tone = max(max(u.r, u.g), u.b);
+    const F k = select(tone > F(0.0f), Posterize{6}(tone) / tone, F(0.0f));
+    return u * k;
+}
+
+} // namespace
 
 void ComicEffect::initialize(FilterRegistry& registry)
 {
@@ -31,7 +45,7 @@ Image ComicEffect::outputImage() const
     // In one step, as the colours that both are made of are not computed for nothing.
     const Image colors = combine(smooth, screens, smooth.extent(), [press](Px s, Px spots) {
         const Rgb u = unpremultiplied(s);
-        return premultiplied(mix(Posterize{6}(u), press.print(u, spots), 0.5f), s.a);
+        return premultiplied(mix(inFewTones(u), press.print(u, spots), 0.5f), s.a);
     });
     return combine(edgeLines(smooth, 1, 0.1, 50), colors, smooth.extent(), [](Px line, Px c) {
         const F paper = F(1.0f) - line.a;

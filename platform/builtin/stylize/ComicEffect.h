@@ -1,4 +1,4 @@
-// The picture as a printed comic: even colours and dots, drawn over with lines.
+// The picture as a printed comic: few tones and dots, drawn over with lines.
 #pragma once
 
 #include "platform/imaging/Filter.h"

@@ -26,7 +26,7 @@ Image EdgeWork::outputImage() const
     // The luminance of the blurred picture is the blurred luminance.
     const Image blurred = gaussian(inputImage, inputRadius, Border::Clamped);
     return combine(inputImage, blurred, inputImage.extent(), [](Px s, Px b) {
-        const F v = smoothstep(0.02f, 0.10f, luminance(s) - luminance(b)) * s.a;
+        const F v = smoothstep(0.01f, 0.06f, luminance(s) - luminance(b)) * s.a;
         return Px{v, v, v, s.a};
     });
 }

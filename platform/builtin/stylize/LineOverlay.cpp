@@ -1,7 +1,8 @@
 // The picture's edges as black lines on nothing.
 //
-// The slope of the slightly blurred luminance: the blur joins the lines and drops specks. Only two
-// numbers of each pixel are needed on the way, so the rows are blurred here, as they come.
+// A line is where the slightly blurred picture changes fast: the blur joins the lines and drops
+// specks. All components count, or a red petal on a leaf of the same luminance would have no
+// outline. The rows are blurred here, as they come: nothing but a few rows of a tile is stored.
 #include "platform/builtin/stylize/LineOverlay.h"
 
 #include "platform/builtin/Gradient.h"
@@ -33,15 +34,17 @@ std::array<float, kTaps> gaussianOfOnePixel()
     return weights;
 }
 
-// Rows of numbers begin so many pixels to the left of the span, and are as much longer.
+// Rows are planar: red, green, blue and alpha. Each plane begins a margin to the left of the span
+// and is as much longer than that to the right.
 constexpr int kMargin = kReach + 1;
 constexpr std::size_t kPlane = kStripWidth + 32;
+constexpr int kColors = 3;
 
 class Lines : public Evaluator {
 public:
     Lines(EvaluatorRef input, const IRect& extent, float intensity, float threshold, float contrast)
-        : _input(std::move(input)), _extent(extent), _blurredAcross(kTaps + 1, 2 * kPlane),
-          _blurred(3, kPlane), _weights(gaussianOfOnePixel()), _intensity(intensity),
+        : _input(std::move(input)), _extent(extent), _blurredAcross(kTaps + 1, 4 * kPlane),
+          _blurred(3, kColors * kPlane), _weights(gaussianOfOnePixel()), _intensity(intensity),
           _threshold(threshold), _contrast(contrast)
     {
     }
@@ -55,11 +58,16 @@ public:
             const int y = limited(span.y + j - 1);
             rows[j] = kept.row(y, [&](float* row) { blurUp(across, span, y, row); });
         }
-        const float* alpha = rowAcross(across, span, span.y) + kPlane;
+        const float* alpha = rowAcross(across, span, span.y) + kColors * kPlane;
         for (int i = 0; i < span.count; i += kLanes) {
-            const Vec2 slope =
-                gradient([&](int dx, int dy) { return load(rows[dy + 1] + kMargin + i + dx); });
-            const F g = F(_intensity) * length(slope);
+            F energy = 0.0f;
+            for (int c = 0; c < kColors; ++c) {
+                const Vec2 slope = gradient([&](int dx, int dy) {
+                    return load(rows[dy + 1] + c * kPlane + kMargin + i + dx);
+                });
+                energy += dot(slope, slope);
+            }
+            const F g = F(_intensity) * sqrt(energy * F(1.0f / kColors));
             const F v = clamp01((g - F(_threshold)) * F(_contrast));
             storePx(out, i, {0.0f, 0.0f, 0.0f, v * load(alpha + kMargin + i)});
         }
@@ -68,43 +76,50 @@ public:
 private:
     int limited(int y) const { return std::clamp(y, _extent.bottom, _extent.top - 1); }
 
-    // The blurred luminance of one pixel more on each side than the span has.
+    // The blurred colours of one pixel more on each side than the span has.
     void blurUp(KeptRows::Column& across, const Span& span, int y, float* out) const
     {
         const float* rows[kTaps];
         for (int j = 0; j < kTaps; ++j)
             rows[j] = rowAcross(across, span, limited(y + j - kReach));
+        for (std::size_t c = 0; c < kColors * kPlane; c += kPlane)
+            weightedSum(span, out + c, [&](int i, int j) { return load(rows[j] + c + i); });
+    }
+
+    // The colours blurred across, of one pixel more on each side than the span has, and the alpha,
+    // of a row within the extent.
+    const float* rowAcross(KeptRows::Column& across, const Span& span, int y) const
+    {
+        return across.row(y, [&](float* row) {
+            alignas(32) float colors[kColors * kPlane];
+            read(span, y, colors, row + kColors * kPlane);
+            for (std::size_t c = 0; c < kColors * kPlane; c += kPlane) {
+                weightedSum(span, row + c,
+                            [&](int i, int j) { return load(colors + c + i + j - kReach); });
+                // Beyond the picture the blurred border goes on, not the blur of what goes on.
+                float* first = row + c + kMargin;
+                float* last = first + span.count - 1;
+                if (span.x == _extent.left)
+                    first[-1] = *first;
+                if (span.x + span.count == _extent.right)
+                    last[1] = *last;
+            }
+        });
+    }
+
+    template <class Tap>
+    void weightedSum(const Span& span, float* out, const Tap& tap) const
+    {
         for (int i = kMargin - 1; i < kMargin + span.count + 1; i += kLanes) {
             F sum = 0.0f;
             for (int j = 0; j < kTaps; ++j)
-                sum += F(_weights[j]) * load(rows[j] + i);
+                sum += F(_weights[j]) * tap(i, j);
             store(out + i, sum);
         }
     }
 
-    // The luminance blurred across, with one pixel more on each side than the span has, and the
-    // alpha, of a row within the extent.
-    const float* rowAcross(KeptRows::Column& across, const Span& span, int y) const
-    {
-        return across.row(y, [&](float* row) {
-            alignas(32) float luma[kPlane];
-            read(span, y, luma, row + kPlane);
-            for (int i = kMargin - 1; i < kMargin + span.count + 1; i += kLanes) {
-                F sum = 0.0f;
-                for (int j = 0; j < kTaps; ++j)
-                    sum += F(_weights[j]) * load(luma + i + j - kReach);
-                store(row + i, sum);
-            }
-            // Beyond the picture the blurred border goes on, not the blur of what goes on.
-            if (span.x == _extent.left)
-                row[kMargin - 1] = row[kMargin];
-            if (span.x + span.count == _extent.right)
-                row[kMargin + span.count] = row[kMargin + span.count - 1];
-        });
-    }
-
-    // Luminance and alpha of the span and its margins.
-    void read(const Span& span, int y, float* luma, float* alpha) const
+    // The pixels of the span and its margins.
+    void read(const Span& span, int y, float* colors, float* alpha) const
     {
         const int left = span.x - kMargin, right = span.x + span.count + kMargin;
         const int first = std::max(left, _extent.left), last = std::min(right, _extent.right);
@@ -113,15 +128,18 @@ private:
         for (int x = first; x < last;) {
             const int next = std::min(last, (x & ~(kStripWidth - 1)) + kStripWidth);
             _input->row({x, y, next - x}, strip);
-            for (int i = 0; i < next - x; i += kLanes) {
-                const Px c = loadPx(strip, i);
-                store(luma + (x - left) + i, luminance(c));
-                store(alpha + (x - left) + i, c.a);
-            }
+            float* p = colors + (x - left);
+            std::copy_n(strip.r, next - x, p);
+            std::copy_n(strip.g, next - x, p + kPlane);
+            std::copy_n(strip.b, next - x, p + 2 * kPlane);
+            std::copy_n(strip.a, next - x, alpha + (x - left));
             x = next;
         }
-        std::fill_n(luma, first - left, luma[first - left]);
-        std::fill_n(luma + (last - left), right - last, luma[last - left - 1]);
+        for (int c = 0; c < kColors; ++c) {
+            float* p = colors + c * kPlane;
+            std::fill_n(p, first - left, p[first - left]);
+            std::fill_n(p + (last - left), right - last, p[last - left - 1]);
+        }
     }
 
     EvaluatorRef _input;
@@ -159,8 +177,8 @@ Image edgeLines(const Image& smooth, double intensity, double threshold, double 
 {
     if (!smooth || smooth.extent().isEmpty())
         return smooth;
-    // Twice the slope: 1 beside a step from black to white.
-    return Image(std::make_shared<LinesNode>(smooth, 2 * std::min(positive(intensity), 1e6),
+    // Three times the slope.
+    return Image(std::make_shared<LinesNode>(smooth, 3 * std::min(positive(intensity), 1e6),
                                              threshold, std::min(positive(contrast), 1e6)));
 }
 
