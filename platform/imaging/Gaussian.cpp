@@ -5,13 +5,12 @@
 // blur, and a cubic B-spline brings it back. The weights of the sum are those with which the three
 // together come closest to the Gaussian. All grids are anchored to the plane, so that a pixel comes
 // out the same whatever region is asked for.
+#include "platform/imaging/KeptRows.h"
 #include "platform/imaging/Kernel.h"
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cmath>
-#include <limits>
 
 namespace imaging {
 
@@ -431,21 +430,21 @@ Grid summed(const Grid& source, const IRect& rect, const std::vector<float>& wei
     return result;
 }
 
-// Sums at full resolution. Rows summed across are kept for the rows above them, so that a tile
-// computes each only once and nothing larger than a tile is stored.
+// Sums at full resolution. Rows summed across are kept for the rows above them.
 class PlainRows : public Evaluator {
 public:
     PlainRows(PixelBlockRef block, Border border, std::vector<float> weights)
-        : _block(std::move(block)), _border(border), _weights(std::move(weights)), _id(nextId())
+        : _block(std::move(block)), _border(border), _weights(std::move(weights)),
+          _kept(static_cast<int>(_weights.size()), std::size_t{4} * kStripWidth + kSumBlock)
     {
     }
 
     void row(const Span& span, const Strip& out) const override
     {
         const int radius = static_cast<int>(_weights.size()) / 2;
-        Kept& kept = keptRows(span);
-        std::array<const float*, Kept::kRows> rows;
-        std::array<float, Kept::kRows> weights;
+        KeptRows::Column& kept = _kept.column(span);
+        std::array<const float*, 2 * kMaximumRadius + 1> rows;
+        std::array<float, 2 * kMaximumRadius + 1> weights;
         int present = 0;
         for (int j = -radius; j <= radius; ++j)
             if (const float* p = rowAcross(kept, span, span.y + j)) {
@@ -461,41 +460,7 @@ public:
     static constexpr int kMaximumRadius = 12;
 
 private:
-    // What one thread remembers of one tile column: a ring of rows.
-    struct Kept {
-        static constexpr int kRows = 2 * kMaximumRadius + 1;
-        static constexpr int kFloats = 4 * kStripWidth + kSumBlock;
-
-        std::uint64_t id = 0;
-        int x = 0, count = 0;
-        std::array<int, kRows> y;
-        std::vector<float> floats;
-    };
-
-    static std::uint64_t nextId()
-    {
-        static std::atomic<std::uint64_t> last{0};
-        return ++last;
-    }
-
-    // A few blurs may be read in turn, as when their difference is taken.
-    Kept& keptRows(const Span& span) const
-    {
-        thread_local std::array<Kept, 4> all;
-        thread_local unsigned next = 0;
-        for (Kept& k : all)
-            if (k.id == _id && k.x == span.x && k.count == span.count)
-                return k;
-        Kept& k = all[next++ % all.size()];
-        k.id = _id;
-        k.x = span.x;
-        k.count = span.count;
-        k.y.fill(std::numeric_limits<int>::min());
-        k.floats.resize(std::size_t{Kept::kRows} * Kept::kFloats);
-        return k;
-    }
-
-    const float* rowAcross(Kept& kept, const Span& span, int y) const
+    const float* rowAcross(KeptRows::Column& kept, const Span& span, int y) const
     {
         const IRect& r = _block->rect;
         if (y < r.bottom || y >= r.top) {
@@ -503,16 +468,12 @@ private:
                 return nullptr;
             y = std::clamp(y, r.bottom, r.top - 1);
         }
-        const unsigned slot = static_cast<unsigned>(y - r.bottom) % Kept::kRows;
-        float* out = kept.floats.data() + std::size_t{slot} * Kept::kFloats;
-        if (kept.y[slot] == y)
-            return out;
-        kept.y[slot] = y;
-        const int radius = static_cast<int>(_weights.size()) / 2;
-        alignas(32) float pixels[4 * (kStripWidth + 2 * kMaximumRadius) + kSumBlock];
-        readPixels(span.x - radius, span.x + span.count + radius, y, pixels);
-        weightedSumAlong(pixels, _weights, 4 * span.count, out);
-        return out;
+        return kept.row(y, [&](float* out) {
+            const int radius = static_cast<int>(_weights.size()) / 2;
+            alignas(32) float pixels[4 * (kStripWidth + 2 * kMaximumRadius) + kSumBlock];
+            readPixels(span.x - radius, span.x + span.count + radius, y, pixels);
+            weightedSumAlong(pixels, _weights, 4 * span.count, out);
+        });
     }
 
     void readPixels(int left, int right, int y, float* out) const
@@ -537,7 +498,7 @@ private:
     PixelBlockRef _block;
     Border _border;
     std::vector<float> _weights;
-    std::uint64_t _id;
+    KeptRows _kept;
 };
 
 // Gives spans of a coarse grid through the cubic B-spline.
