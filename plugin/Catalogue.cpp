@@ -91,4 +91,17 @@ DictionaryRef describeCategory(const Category& category, bool newerToolkit,
         Dictionary{{"CIFCategoryName", display(category.name)}, {"CIFFilterList", entries}});
 }
 
+std::vector<foundation::DictionaryRef> allDescriptors(const foundation::ArrayRef& categories)
+{
+    std::vector<foundation::DictionaryRef> all;
+    for (const foundation::Value& category : *categories)
+        for (const foundation::Value& entry : *(*category.dictionary())["CIFFilterList"].array()) {
+            all.push_back(entry.dictionary());
+            if (const auto members = (*entry.dictionary())["DESC_LIST"].array())
+                for (const foundation::Value& member : *members)
+                    all.push_back(member.dictionary());
+        }
+    return all;
+}
+
 } // namespace plugin

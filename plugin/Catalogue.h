@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace plugin {
 
@@ -128,5 +129,9 @@ struct Category {
 // version. `display` turns the English texts into what is stored.
 foundation::DictionaryRef describeCategory(const Category& category, bool newerToolkit,
                                            std::string (*display)(std::string_view));
+
+// The descriptors in a list of categories as the plug-in object answers it: every entry in order,
+// each group before its members.
+std::vector<foundation::DictionaryRef> allDescriptors(const foundation::ArrayRef& categories);
 
 } // namespace plugin

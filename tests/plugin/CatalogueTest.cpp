@@ -59,18 +59,9 @@ protected:
         return counts;
     }
 
-    // Every descriptor, groups and their members included.
     static std::vector<DictionaryRef> allDescriptors(const CIFMain& main)
     {
-        std::vector<DictionaryRef> all;
-        for (const Value& category : *main.CIFAllFilterDescriptors())
-            for (const Value& entry : *(*category.dictionary())["CIFFilterList"].array()) {
-                all.push_back(entry.dictionary());
-                if (const auto members = (*entry.dictionary())["DESC_LIST"].array())
-                    for (const Value& member : *members)
-                        all.push_back(member.dictionary());
-            }
-        return all;
+        return plugin::allDescriptors(main.CIFAllFilterDescriptors());
     }
 
     English english;
@@ -441,6 +432,26 @@ TEST_F(Catalogue, ListsWhateverIsRegistered)
     }
     for (const std::string& name : generators::classNames())
         EXPECT_THAT(listed, testing::Contains(name));
+}
+
+// "Crop" is the editor's own business, and a group is no effect.
+TEST_F(Catalogue, NamesOnlyEffectsThatExist)
+{
+    int filters = 0, generators = 0;
+    for (const std::uint32_t set : {0u, 1u}) {
+        main.CIFSetEffectsSet(set);
+        for (const DictionaryRef& d : allDescriptors(main)) {
+            const std::string name = d->stringValue("CIFFilterIdentifier");
+            if (name == "Crop" || d->contains("DESC_LIST"))
+                continue;
+            ++(set == 0 ? filters : generators);
+            EXPECT_TRUE(set == 0 ? imaging::Filter::filterWithName(name) != nullptr
+                                 : main.GLIFSmartInstanceFromName(name) != nullptr)
+                << name;
+        }
+    }
+    EXPECT_EQ(filters, 72);
+    EXPECT_EQ(generators, 20);
 }
 
 TEST_F(Catalogue, KeepsOneGenerator)

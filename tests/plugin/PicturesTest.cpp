@@ -4,13 +4,16 @@
 #include "platform/drawing/Picture.h"
 #include "platform/foundation/Bundle.h"
 #include "plugin/CIFMain.h"
+#include "plugin/Catalogue.h"
 #include "plugin/EditorPictures.h"
 #include "tests/support/Support.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <map>
 #include <set>
 
 namespace {
@@ -213,5 +216,32 @@ TEST_F(ShippedPictures, EditorFindsItsPicturesByName)
         EXPECT_NEAR(p.r, color.r, 0.02);
         EXPECT_NEAR(p.g, color.g, 0.02);
         EXPECT_NEAR(p.b, color.b, 0.02);
+    }
+}
+
+// Every icon that an entry names is there in both sizes, shows something, and looks like no other.
+TEST_F(ShippedPictures, EveryEntryHasItsIcon)
+{
+    std::set<std::string> names;
+    for (const std::uint32_t set : {0u, 1u}) {
+        main.CIFSetEffectsSet(set);
+        for (const auto& entry : plugin::allDescriptors(main.CIFAllFilterDescriptors()))
+            if (entry->contains("CIFFilterIcon"))
+                names.insert(entry->stringValue("CIFFilterIcon"));
+    }
+    ASSERT_GT(names.size(), 65u);
+    std::map<support::Floats, std::string> seen;
+    for (const std::string& name : names) {
+        SCOPED_TRACE(name);
+        const auto icon = main.resourceImageWithNameOfKind(name, "Icons");
+        const auto dense = main.resourceImageWithNameOfKind(name + "@2x", "Icons");
+        ASSERT_TRUE(icon && dense);
+        EXPECT_EQ(icon->pixelsWide(), 32);
+        EXPECT_EQ(icon->pixelsHigh(), 32);
+        EXPECT_EQ(dense->pixelsWide(), 64);
+        const support::Floats greens = support::greens(*icon->bitmap());
+        EXPECT_GT(*std::ranges::max_element(greens) - *std::ranges::min_element(greens), 0.1);
+        const auto [twin, isNew] = seen.emplace(greens, name);
+        EXPECT_TRUE(isNew) << "looks like " << twin->second;
     }
 }

@@ -3,6 +3,7 @@
 #include "platform/foundation/Bundle.h"
 #include "platform/imaging/Filter.h"
 #include "plugin/CIFMain.h"
+#include "plugin/Catalogue.h"
 #include "tests/support/Support.h"
 
 #include <gtest/gtest.h>
@@ -154,22 +155,14 @@ TEST_F(StringTables, LackNoKey)
 {
     support::registerFilters();
     std::set<std::string> keys = {"Powered by Lumigrove link"};
-    const auto collect = [&](const auto& self, const foundation::ArrayRef& entries) -> void {
-        for (const foundation::Value& value : *entries) {
-            const auto entry = value.dictionary();
-            for (const char* key : {"CIFCategoryName", "CIFFilterName"})
-                if (entry->contains(key))
-                    keys.insert(entry->stringValue(key));
-            for (const char* list : {"CIFFilterList", "DESC_LIST"})
-                if (entry->contains(list))
-                    self(self, (*entry)[list].array());
-        }
-    };
     setLanguage("C");
     CIFMain main;
     for (const std::uint32_t set : {0u, 1u}) {
         main.CIFSetEffectsSet(set);
-        collect(collect, main.CIFAllFilterDescriptors());
+        for (const foundation::Value& category : *main.CIFAllFilterDescriptors())
+            keys.insert(category.dictionary()->stringValue("CIFCategoryName"));
+        for (const auto& entry : plugin::allDescriptors(main.CIFAllFilterDescriptors()))
+            keys.insert(entry->stringValue("CIFFilterName"));
     }
     ASSERT_GT(keys.size(), 100u);
     for (const std::string& name : imaging::FilterRegistry::shared().names()) {

@@ -186,7 +186,11 @@ void prepare(Filter& filter, const Samples& samples, const Sample& on)
             if (const BitmapRef pixels = bitmapOf(*ball))
                 set("inputShadingImage", Image::fromBitmap(pixels).node());
     } else if (name == "CICrop") {
-        filter.setValueForKey(Vector(30, 30, on.width() - 100, on.height() - 80), "inputRectangle");
+        filter.setValueForKey(
+            Vector(on.width() / 8, on.height() / 6, on.width() / 2, on.height() / 2),
+            "inputRectangle");
+    } else if (name == "CICircularWrap" || name == "CIHoleDistortion") {
+        set("inputRadius", on.width() / 6.0); // 150 leaves nothing of pictures this small
     } else if (name == "CIColorMatrix") {
         set("inputRVector", Vector(0, 0, 1, 0));
         set("inputBVector", Vector(1, 0, 0, 0));
