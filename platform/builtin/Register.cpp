@@ -22,6 +22,7 @@
 #include "platform/builtin/stylize/EdgeWork.h"
 #include "platform/builtin/stylize/Edges.h"
 #include "platform/builtin/stylize/LineOverlay.h"
+#include "platform/builtin/mosaic/Mosaics.h"
 #include "platform/builtin/tile/AffineTile.h"
 #include "platform/builtin/tile/FoldTiles.h"
 #include "platform/builtin/tile/Kaleidoscope.h"
@@ -81,6 +82,11 @@ void registerBuiltinFilters(imaging::FilterRegistry& registry)
     FourfoldReflectedTile::initialize(registry);
     SixfoldReflectedTile::initialize(registry);
     SixfoldRotatedTile::initialize(registry);
+
+    Pixellate::initialize(registry);
+    HexagonalPixellate::initialize(registry);
+    Crystallize::initialize(registry);
+    Pointillize::initialize(registry);
 
     ConstantColorGenerator::initialize(registry);
     CheckerboardGenerator::initialize(registry);

@@ -1,0 +1,487 @@
+#include "platform/builtin/mosaic/Cells.h"
+
+#include "platform/builtin/Hash.h"
+#include "platform/builtin/Inputs.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace builtin {
+
+using namespace imaging;
+
+namespace {
+
+// Centres farther away than any pixel, and cells larger than any picture, count as that far and
+// that large: whole numbers of cells fit into 64 bits, and fractions of a pixel into a double.
+constexpr double kFarthest = 2147483648.0;
+constexpr double kLargest = 1e12;
+
+Point limited(Point center)
+{
+    const auto axis = [](double v) {
+        return std::isnan(v) ? 0 : std::clamp(v, -kFarthest, kFarthest);
+    };
+    return {axis(center.x), axis(center.y)};
+}
+
+double limitedSize(double size)
+{
+    return std::clamp(positive(size), 1.0, kLargest);
+}
+
+std::int64_t down(double v)
+{
+    return static_cast<std::int64_t>(std::floor(v));
+}
+
+// The first pixel whose middle is at or right of (above) the position.
+int firstPixelFrom(double position)
+{
+    return static_cast<int>(std::ceil(std::clamp(position - 0.5, -kFarthest, kFarthest - 1)));
+}
+
+// Edges that are whole numbers but for rounding are taken as whole.
+IRect aroundEdges(double left, double bottom, double right, double top)
+{
+    constexpr double kRounding = 1e-6;
+    return IRect::around(Rect::fromEdges(std::floor(left + kRounding),
+                                         std::floor(bottom + kRounding),
+                                         std::ceil(right - kRounding), std::ceil(top - kRounding)));
+}
+
+IRect grownBy(const IRect& r, double margin)
+{
+    const int pixels = static_cast<int>(std::min(std::ceil(margin), double(IRect::kEdge)));
+    return r.grown(pixels, pixels);
+}
+
+} // namespace
+
+SquareCells::SquareCells(Point center, double side)
+    : _center(limited(center)), _side(limitedSize(side))
+{
+}
+
+CellLabel SquareCells::labelAt(int x, int y) const
+{
+    return {down((x + 0.5 - _center.x) / _side), down((y + 0.5 - _center.y) / _side)};
+}
+
+CellRange SquareCells::cellsOf(const IRect& pixels) const
+{
+    const CellLabel first = labelAt(pixels.left, pixels.bottom);
+    const CellLabel last = labelAt(pixels.right - 1, pixels.top - 1);
+    return {first.column, first.row, last.column - first.column + 1, last.row - first.row + 1};
+}
+
+IRect SquareCells::covered(const IRect& pixels) const
+{
+    const CellRange c = cellsOf(pixels);
+    const auto edge = [this](double center, std::int64_t i) {
+        return center + static_cast<double>(i) * _side;
+    };
+    return aroundEdges(edge(_center.x, c.left), edge(_center.y, c.bottom),
+                       edge(_center.x, c.left + c.width), edge(_center.y, c.bottom + c.height));
+}
+
+IRect SquareCells::reach(const IRect& region) const
+{
+    return covered(region).united(region);
+}
+
+Point SquareCells::middle(CellLabel cell) const
+{
+    return {_center.x + (static_cast<double>(cell.column) + 0.5) * _side,
+            _center.y + (static_cast<double>(cell.row) + 0.5) * _side};
+}
+
+bool SquareCells::isPixelGrid() const
+{
+    return _side == 1 && _center.x == std::floor(_center.x) && _center.y == std::floor(_center.y);
+}
+
+std::unique_ptr<CellCutter> SquareCells::cutter(const IRect& pixels, const CellRange& range) const
+{
+    // All rows are cut at the same columns.
+    struct Cutter : CellCutter {
+        CellRow cut(const Span& span, std::vector<CellRun>&) const override
+        {
+            const auto first = std::upper_bound(runs.begin(), runs.end(), span.x,
+                                                [](int x, const CellRun& r) { return x < r.end; });
+            const std::int64_t row = down((span.y + 0.5 - center.y) / side);
+            return {&*first, (row - range.bottom) * range.width};
+        }
+        std::vector<CellRun> runs;
+        CellRange range;
+        Point center;
+        double side;
+    };
+    auto cutter = std::make_unique<Cutter>();
+    cutter->range = range;
+    cutter->center = _center;
+    cutter->side = _side;
+    std::vector<CellRun>& runs = cutter->runs;
+    for (int x = pixels.left; x < pixels.right;) {
+        const std::int64_t column = labelAt(x, pixels.bottom).column;
+        const double edge = _center.x + static_cast<double>(column + 1) * _side;
+        int end = std::clamp(firstPixelFrom(edge), x + 1, pixels.right);
+        // The division decides where the product rounds otherwise.
+        while (end > x + 1 && labelAt(end - 1, pixels.bottom).column != column)
+            --end;
+        while (end < pixels.right && labelAt(end, pixels.bottom).column == column)
+            ++end;
+        runs.push_back({end, column - range.left});
+        x = end;
+    }
+    return cutter;
+}
+
+namespace {
+
+constexpr double kRoot3 = 1.7320508075688772;
+
+std::int64_t halved(std::int64_t row)
+{
+    return row >> 1;
+}
+
+} // namespace
+
+HexagonCells::HexagonCells(Point center, double side)
+    : _center(limited(center)), _side(limitedSize(side))
+{
+}
+
+// In the three slanted coordinates of a hexagonal lattice, which sum to 0: the one that rounding
+// moved farthest follows from the other two.
+static CellLabel hexagonAt(double x, double y, double side)
+{
+    double a = (kRoot3 / 3 * x - y / 3) / side, b = 2.0 / 3 * y / side, e = -a - b;
+    const double wholeA = std::floor(a + 0.5), wholeB = std::floor(b + 0.5),
+                 wholeE = std::floor(e + 0.5);
+    const double errorA = std::abs(wholeA - a), errorB = std::abs(wholeB - b),
+                 errorE = std::abs(wholeE - e);
+    a = wholeA, b = wholeB;
+    if (errorA > errorB && errorA > errorE)
+        a = -wholeB - wholeE;
+    else if (errorB > errorE)
+        b = -wholeA - wholeE;
+    const auto row = static_cast<std::int64_t>(b);
+    return {static_cast<std::int64_t>(a) + halved(row), row};
+}
+
+CellLabel HexagonCells::labelAt(int x, int y) const
+{
+    return hexagonAt(x + 0.5 - _center.x, y + 0.5 - _center.y, _side);
+}
+
+CellRange HexagonCells::cellsOf(const IRect& pixels) const
+{
+    // By the strips of the plane that hold the middles of neighbouring columns and rows.
+    const auto column = [this](double x) { return down((x - _center.x) / (kRoot3 * _side)); };
+    const auto row = [this](double y) { return down((y - _center.y) / (1.5 * _side)); };
+    const std::int64_t left = column(pixels.left) - 1, bottom = row(pixels.bottom) - 1;
+    return {left, bottom, column(pixels.right) + 3 - left, row(pixels.top) + 3 - bottom};
+}
+
+IRect HexagonCells::reach(const IRect& region) const
+{
+    return grownBy(region, 2 * _side + 1);
+}
+
+IRect HexagonCells::covered(const IRect& pixels) const
+{
+    // Which cells stick out on the left and right is the same all the way up, but for those that
+    // the rectangle cuts off below and above.
+    const double ends = 3 * _side + 3;
+    constexpr int kMost = 100'000;
+    if (pixels.width() > kMost || std::min<double>(pixels.height(), 2 * ends) > kMost)
+        return reach(pixels);
+    double left = pixels.right, bottom = pixels.top, right = pixels.left, top = pixels.bottom;
+    const auto cross = [&](int y, int from, int to) {
+        for (int x = from; x < to;) {
+            const CellLabel cell = labelAt(x, y);
+            const Point m = middle(cell);
+            left = std::min(left, m.x - kRoot3 / 2 * _side);
+            right = std::max(right, m.x + kRoot3 / 2 * _side);
+            bottom = std::min(bottom, m.y - _side);
+            top = std::max(top, m.y + _side);
+            x = runEnd(cell, x, y);
+        }
+    };
+    cross(pixels.bottom, pixels.left, pixels.right);
+    cross(pixels.top - 1, pixels.left, pixels.right);
+    // A row of pixels crosses two rows of cells at most, which take turns.
+    const int twoCells = static_cast<int>(4 * _side + 4);
+    for (int y = pixels.bottom; y < pixels.top; ++y) {
+        if (y - pixels.bottom > ends && pixels.top - y > ends)
+            y = pixels.top - static_cast<int>(ends);
+        cross(y, pixels.left, std::min(pixels.right, pixels.left + twoCells));
+        cross(y, std::max(pixels.left, pixels.right - twoCells), pixels.right);
+    }
+    return aroundEdges(left, bottom, right, top);
+}
+
+Point HexagonCells::middle(CellLabel cell) const
+{
+    const double odd = static_cast<double>(cell.row & 1);
+    return {_center.x + _side * kRoot3 * (static_cast<double>(cell.column) + odd / 2),
+            _center.y + _side * 1.5 * static_cast<double>(cell.row)};
+}
+
+// Where the cell's side leaves the row; the label decides for pixels whose middle lies on it.
+int HexagonCells::runEnd(CellLabel cell, int x, int y) const
+{
+    const Point m = middle(cell);
+    const double away = std::abs(y + 0.5 - m.y);
+    const double side = m.x + kRoot3 * std::min(_side / 2, _side - away);
+    int end = std::max(firstPixelFrom(side), x + 1);
+    const double doubt = 1e-5 + 1e-12 * _side, beyond = end + 0.5 - side;
+    if (!(beyond > doubt && beyond < 1 - doubt)) {
+        while (end > x + 1 && labelAt(end - 1, y) != cell)
+            --end;
+        while (end < IRect::kEdge && labelAt(end, y) == cell)
+            ++end;
+    }
+    return end;
+}
+
+std::unique_ptr<CellCutter> HexagonCells::cutter(const IRect&, const CellRange& range) const
+{
+    struct Cutter : CellCutter {
+        Cutter(const HexagonCells& c, const CellRange& r) : cells(c), range(r) {}
+        CellRow cut(const Span& span, std::vector<CellRun>& scratch) const override
+        {
+            scratch.clear();
+            for (int x = span.x; x < span.x + span.count; x = scratch.back().end) {
+                const CellLabel cell = cells.labelAt(x, span.y);
+                scratch.push_back({cells.runEnd(cell, x, span.y), range.indexOf(cell)});
+            }
+            return {scratch.data(), 0};
+        }
+        HexagonCells cells;
+        CellRange range;
+    };
+    return std::make_unique<Cutter>(*this, range);
+}
+
+JitteredGrid::JitteredGrid(Point center, double pitch, std::uint32_t saltX, std::uint32_t saltY)
+    : _center(limited(center)), _pitch(limitedSize(pitch)), _saltX(saltX), _saltY(saltY)
+{
+}
+
+Point JitteredGrid::site(CellLabel square) const
+{
+    const auto i = static_cast<std::uint32_t>(square.column),
+               j = static_cast<std::uint32_t>(square.row);
+    return {_pitch * (static_cast<double>(square.column) + h01(i, j, _saltX)),
+            _pitch * (static_cast<double>(square.row) + h01(i, j, _saltY))};
+}
+
+void JitteredGrid::sites(CellLabel first, int count, float* jitter, double* xs, double* ys) const
+{
+    const auto row = static_cast<std::uint32_t>(first.row);
+    const auto along = [&](std::uint32_t salt) {
+        for (int k = 0; k < count; k += kLanes)
+            store(jitter + k, h01(I(static_cast<int>(first.column + k)) + iotaInts(), row, salt));
+    };
+    along(_saltX);
+    for (int k = 0; k < count; ++k)
+        xs[k] = _pitch * (static_cast<double>(first.column + k) + jitter[k]);
+    along(_saltY);
+    for (int k = 0; k < count; ++k)
+        ys[k] = _pitch * (static_cast<double>(first.row) + jitter[k]);
+}
+
+std::int64_t JitteredGrid::square(double position) const
+{
+    return down(position / _pitch);
+}
+
+CellRange JitteredGrid::squaresOf(const IRect& pixels, int margin) const
+{
+    const std::int64_t left = square(pixels.left + 0.5 - _center.x) - margin;
+    const std::int64_t bottom = square(pixels.bottom + 0.5 - _center.y) - margin;
+    return {left, bottom, square(pixels.right - 0.5 - _center.x) + margin + 1 - left,
+            square(pixels.top - 0.5 - _center.y) + margin + 1 - bottom};
+}
+
+namespace {
+
+constexpr std::uint32_t kCrystalX = 16, kCrystalY = 17;
+
+// How far the middle of a pixel is from a site, squared; both as seen from the centre.
+double squaredDistance(Point from, Point site)
+{
+    const double dx = from.x - site.x, dy = from.y - site.y;
+    return dx * dx + dy * dy;
+}
+
+} // namespace
+
+CrystalCells::CrystalCells(Point center, double pitch) : _grid(center, pitch, kCrystalX, kCrystalY)
+{
+}
+
+CellLabel CrystalCells::labelAt(int x, int y) const
+{
+    const Point at{x + 0.5 - _grid.center().x, y + 0.5 - _grid.center().y};
+    const std::int64_t column = _grid.square(at.x), row = _grid.square(at.y);
+    CellLabel nearest;
+    double least = INFINITY;
+    for (std::int64_t j = row - 2; j <= row + 2; ++j)
+        for (std::int64_t i = column - 2; i <= column + 2; ++i)
+            if (const double d = squaredDistance(at, _grid.site({i, j})); d < least) {
+                least = d;
+                nearest = {i, j};
+            }
+    return nearest;
+}
+
+IRect CrystalCells::reach(const IRect& region) const
+{
+    // From a pixel to its site, from there to the site's farthest pixel: √2 pitches each at most.
+    return grownBy(region, 3 * _grid.pitch() + 1);
+}
+
+Point CrystalCells::middle(CellLabel cell) const
+{
+    const Point site = _grid.site(cell);
+    return {_grid.center().x + site.x, _grid.center().y + site.y};
+}
+
+// Along a row, a site's squared distance less x² is a straight line in x: the nearest sites are the
+// lower envelope of these lines, which a stack finds in one sweep over the sites from left to
+// right.
+class CrystalCells::Cutter : public CellCutter {
+public:
+    Cutter(const JitteredGrid& grid, const CellRange& range) : _grid(grid), _range(range) {}
+
+    CellRow cut(const Span& span, std::vector<CellRun>& scratch) const override
+    {
+        const double y = span.y + 0.5 - _grid.center().y;
+        const double left = span.x + 0.5 - _grid.center().x, right = left + span.count - 1;
+        thread_local Candidates sites;
+        collect(sites, y, _grid.square(left) - 2, _grid.square(right) + 2, _grid.square(y));
+
+        thread_local std::vector<Piece> envelope;
+        envelope.clear();
+        for (const Candidate& c : sites.ordered)
+            add(envelope, c);
+
+        // The pieces that pixels of the span lie in.
+        scratch.clear();
+        const int end = span.x + span.count;
+        int x = span.x;
+        for (std::size_t k = 0; x < end; ++k) {
+            const bool last = k + 1 == envelope.size();
+            const int next = last ? end : pieceEnd(envelope[k].site, envelope[k + 1], x, end, y);
+            if (next > x)
+                scratch.push_back({next, _range.indexOf(envelope[k].site.cell)});
+            x = next;
+        }
+        return {scratch.data(), 0};
+    }
+
+private:
+    struct Candidate {
+        Point at;      // from the centre
+        double height; // squared distance from the row
+        CellLabel cell;
+    };
+    struct Piece {
+        Candidate site;
+        double start; // from where on it is the nearest
+    };
+    struct Candidates {
+        std::vector<float> jitter;
+        std::vector<double> x[5], y[5];
+        std::vector<Candidate> ordered; // by x
+    };
+
+    void collect(Candidates& sites, double y, std::int64_t first, std::int64_t last,
+                 std::int64_t row) const
+    {
+        const int count = static_cast<int>(last - first + 1);
+        const auto room = static_cast<std::size_t>(count) + kLanes;
+        sites.jitter.resize(room);
+        for (int j = 0; j < 5; ++j) {
+            sites.x[j].resize(room);
+            sites.y[j].resize(room);
+            _grid.sites({first, row - 2 + j}, count, sites.jitter.data(), sites.x[j].data(),
+                        sites.y[j].data());
+        }
+        // Farther from the row than any pixel is from its own square's site: never the nearest.
+        const double hopeless = 2.0000001 * _grid.pitch() * _grid.pitch();
+        sites.ordered.clear();
+        for (int i = 0; i < count; ++i) {
+            const std::size_t column = sites.ordered.size();
+            for (int j = 0; j < 5; ++j) {
+                const double away = sites.y[j][i] - y, height = away * away;
+                if (height > hopeless)
+                    continue;
+                sites.ordered.push_back(
+                    {{sites.x[j][i], sites.y[j][i]}, height, {first + i, row - 2 + j}});
+                // Columns follow each other; within one the sites are put in order as they come.
+                for (std::size_t k = sites.ordered.size() - 1;
+                     k > column && sites.ordered[k].at.x < sites.ordered[k - 1].at.x; --k)
+                    std::swap(sites.ordered[k], sites.ordered[k - 1]);
+            }
+        }
+    }
+
+    static void add(std::vector<Piece>& envelope, const Candidate& site)
+    {
+        while (!envelope.empty()) {
+            const Piece& top = envelope.back();
+            const double apart = site.at.x - top.site.at.x;
+            if (apart > 0) {
+                const double start = (site.at.x + top.site.at.x) * 0.5 +
+                                     (site.height - top.site.height) / (2 * apart);
+                if (start > top.start) {
+                    envelope.push_back({site, start});
+                    return;
+                }
+            } else if (top.site.height <= site.height) {
+                return; // one above the other: earlier rows come first, so ties stay with them
+            }
+            envelope.pop_back();
+        }
+        envelope.push_back({site, -INFINITY});
+    }
+
+    // The first pixel from x on that the next piece owns, or the end.
+    int pieceEnd(const Candidate& site, const Piece& next, int x, int end, double y) const
+    {
+        const double border = next.start + _grid.center().x;
+        int first = std::clamp(firstPixelFrom(border), x, end);
+        // Pixels whose middle is on the border are decided as the definition decides.
+        const double beyond = first + 0.5 - border;
+        if (beyond < 1e-5 || beyond > 1 - 1e-5) {
+            const auto taken = [&](int pixel) {
+                const Point at{pixel + 0.5 - _grid.center().x, y};
+                const double here = squaredDistance(at, site.at),
+                             there = squaredDistance(at, next.site.at);
+                const CellLabel a = site.cell, b = next.site.cell;
+                return there < here || (there == here &&
+                                        (b.row < a.row || (b.row == a.row && b.column < a.column)));
+            };
+            while (first > x && taken(first - 1))
+                --first;
+            while (first < end && !taken(first))
+                ++first;
+        }
+        return first;
+    }
+
+    JitteredGrid _grid;
+    CellRange _range;
+};
+
+std::unique_ptr<CellCutter> CrystalCells::cutter(const IRect&, const CellRange& range) const
+{
+    return std::make_unique<Cutter>(_grid, range);
+}
+
+} // namespace builtin
