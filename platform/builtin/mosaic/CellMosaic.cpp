@@ -162,7 +162,8 @@ private:
         struct Rows : Evaluator {
             void row(const Span& span, const Strip& out) const override
             {
-                thread_local std::vector<CellRun> scratch;
+                thread_local std::vector<CellRun> runs;
+                std::vector<CellRun>& scratch = runs;
                 const CellRow cells = cutter->cut(span, scratch);
                 const CellRun* run = cells.runs;
                 for (int i = 0; i < span.count; ++run) {

@@ -4,6 +4,7 @@
 #include "platform/builtin/Inputs.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 
 namespace builtin {
@@ -356,116 +357,138 @@ Point CrystalCells::middle(CellLabel cell) const
 // right.
 class CrystalCells::Cutter : public CellCutter {
 public:
-    Cutter(const JitteredGrid& grid, const CellRange& range) : _grid(grid), _range(range) {}
+    Cutter(const JitteredGrid& grid, const CellRange& range)
+        : _grid(grid), _range(range), _id(nextId())
+    {
+    }
 
     CellRow cut(const Span& span, std::vector<CellRun>& scratch) const override
     {
         const double y = span.y + 0.5 - _grid.center().y;
-        const double left = span.x + 0.5 - _grid.center().x, right = left + span.count - 1;
-        thread_local Candidates sites;
-        collect(sites, y, _grid.square(left) - 2, _grid.square(right) + 2, _grid.square(y));
-
-        thread_local std::vector<Piece> envelope;
-        envelope.clear();
-        for (const Candidate& c : sites.ordered)
-            add(envelope, c);
+        Kept& kept = sitesNear(span, _grid.square(y));
+        // Farther from the row than any pixel is from its own square's site: never the nearest.
+        const double hopeless = 2.0000001 * _grid.pitch() * _grid.pitch();
+        Piece* const first = kept.envelope.data();
+        Piece* end = first;
+        for (const Site& site : kept.sites) {
+            const double away = site.at.y - y, height = away * away;
+            if (height <= hopeless)
+                end = added(first, end, {&site, height, -INFINITY});
+        }
 
         // The pieces that pixels of the span lie in.
         scratch.clear();
-        const int end = span.x + span.count;
         int x = span.x;
-        for (std::size_t k = 0; x < end; ++k) {
-            const bool last = k + 1 == envelope.size();
-            const int next = last ? end : pieceEnd(envelope[k].site, envelope[k + 1], x, end, y);
+        const int last = span.x + span.count;
+        for (const Piece* piece = first; x < last; ++piece) {
+            const int next = piece + 1 == end ? last : pieceEnd(piece, x, last, y);
             if (next > x)
-                scratch.push_back({next, _range.indexOf(envelope[k].site.cell)});
+                scratch.push_back({next, piece->site->cell});
             x = next;
         }
         return {scratch.data(), 0};
     }
 
 private:
-    struct Candidate {
-        Point at;      // from the centre
-        double height; // squared distance from the row
-        CellLabel cell;
+    struct Site {
+        Point at; // from the centre
+        std::int64_t cell;
     };
+    // Of the envelope: the site that is the nearest from `start` on.
     struct Piece {
-        Candidate site;
-        double start; // from where on it is the nearest
+        const Site* site;
+        double height; // of the site above the row, squared
+        double start;
     };
-    struct Candidates {
+    // What one thread remembers: the rows of a tile meet the same sites many times.
+    struct Kept {
+        std::uint64_t id = 0;
+        int x = 0, count = 0;
+        std::int64_t row = 0;
+        std::vector<Site> sites;     // from left to right, one above the other from below
+        std::vector<Piece> envelope; // room for one piece for each site
         std::vector<float> jitter;
-        std::vector<double> x[5], y[5];
-        std::vector<Candidate> ordered; // by x
+        std::vector<double> xs, ys;
     };
 
-    void collect(Candidates& sites, double y, std::int64_t first, std::int64_t last,
-                 std::int64_t row) const
+    static std::uint64_t nextId()
     {
-        const int count = static_cast<int>(last - first + 1);
-        const auto room = static_cast<std::size_t>(count) + kLanes;
-        sites.jitter.resize(room);
-        for (int j = 0; j < 5; ++j) {
-            sites.x[j].resize(room);
-            sites.y[j].resize(room);
-            _grid.sites({first, row - 2 + j}, count, sites.jitter.data(), sites.x[j].data(),
-                        sites.y[j].data());
-        }
-        // Farther from the row than any pixel is from its own square's site: never the nearest.
-        const double hopeless = 2.0000001 * _grid.pitch() * _grid.pitch();
-        sites.ordered.clear();
-        for (int i = 0; i < count; ++i) {
-            const std::size_t column = sites.ordered.size();
-            for (int j = 0; j < 5; ++j) {
-                const double away = sites.y[j][i] - y, height = away * away;
-                if (height > hopeless)
-                    continue;
-                sites.ordered.push_back(
-                    {{sites.x[j][i], sites.y[j][i]}, height, {first + i, row - 2 + j}});
-                // Columns follow each other; within one the sites are put in order as they come.
-                for (std::size_t k = sites.ordered.size() - 1;
-                     k > column && sites.ordered[k].at.x < sites.ordered[k - 1].at.x; --k)
-                    std::swap(sites.ordered[k], sites.ordered[k - 1]);
-            }
-        }
+        static std::atomic<std::uint64_t> last{0};
+        return ++last;
     }
 
-    static void add(std::vector<Piece>& envelope, const Candidate& site)
+    Kept& sitesNear(const Span& span, std::int64_t row) const
     {
-        while (!envelope.empty()) {
-            const Piece& top = envelope.back();
-            const double apart = site.at.x - top.site.at.x;
-            if (apart > 0) {
-                const double start = (site.at.x + top.site.at.x) * 0.5 +
-                                     (site.height - top.site.height) / (2 * apart);
-                if (start > top.start) {
-                    envelope.push_back({site, start});
-                    return;
-                }
-            } else if (top.site.height <= site.height) {
-                return; // one above the other: earlier rows come first, so ties stay with them
+        thread_local Kept all;
+        Kept& kept = all;
+        if (kept.id == _id && kept.x == span.x && kept.count == span.count && kept.row == row)
+            return kept;
+        kept.id = _id;
+        kept.x = span.x;
+        kept.count = span.count;
+        kept.row = row;
+        constexpr int kRows = 5;
+        const double left = span.x + 0.5 - _grid.center().x;
+        const std::int64_t first = _grid.square(left) - 2,
+                           last = _grid.square(left + span.count - 1) + 2;
+        const int count = static_cast<int>(last - first + 1), pitch = count + kLanes;
+        kept.jitter.resize(pitch);
+        kept.xs.resize(std::size_t{kRows} * pitch);
+        kept.ys.resize(std::size_t{kRows} * pitch);
+        for (int j = 0; j < kRows; ++j)
+            _grid.sites({first, row - 2 + j}, count, kept.jitter.data(), &kept.xs[j * pitch],
+                        &kept.ys[j * pitch]);
+        kept.sites.resize(std::size_t{kRows} * count);
+        kept.envelope.resize(std::size_t{kRows} * count);
+        // Columns follow each other; within one the sites are put in order as they come.
+        for (int i = 0; i < count; ++i) {
+            Site* const column = &kept.sites[std::size_t{kRows} * i];
+            for (int j = 0; j < kRows; ++j) {
+                const Site site{{kept.xs[j * pitch + i], kept.ys[j * pitch + i]},
+                                _range.indexOf({first + i, row - 2 + j})};
+                int k = j;
+                for (; k > 0 && site.at.x < column[k - 1].at.x; --k)
+                    column[k] = column[k - 1];
+                column[k] = site;
             }
-            envelope.pop_back();
         }
-        envelope.push_back({site, -INFINITY});
+        return kept;
+    }
+
+    // The end of the envelope with one more piece, right of all sites so far.
+    static Piece* added(Piece* first, Piece* end, Piece piece)
+    {
+        for (; end != first; --end) {
+            const Piece& top = end[-1];
+            const double apart = piece.site->at.x - top.site->at.x;
+            if (apart > 0) {
+                piece.start = (piece.site->at.x + top.site->at.x) * 0.5 +
+                              (piece.height - top.height) / (2 * apart);
+                if (piece.start > top.start)
+                    break;
+            } else if (top.height <= piece.height) {
+                return end;
+            }
+        }
+        if (end == first)
+            piece.start = -INFINITY;
+        *end = piece;
+        return end + 1;
     }
 
     // The first pixel from x on that the next piece owns, or the end.
-    int pieceEnd(const Candidate& site, const Piece& next, int x, int end, double y) const
+    int pieceEnd(const Piece* piece, int x, int end, double y) const
     {
-        const double border = next.start + _grid.center().x;
+        const double border = piece[1].start + _grid.center().x;
         int first = std::clamp(firstPixelFrom(border), x, end);
         // Pixels whose middle is on the border are decided as the definition decides.
         const double beyond = first + 0.5 - border;
         if (beyond < 1e-5 || beyond > 1 - 1e-5) {
+            const Site &a = *piece[0].site, &b = *piece[1].site;
             const auto taken = [&](int pixel) {
                 const Point at{pixel + 0.5 - _grid.center().x, y};
-                const double here = squaredDistance(at, site.at),
-                             there = squaredDistance(at, next.site.at);
-                const CellLabel a = site.cell, b = next.site.cell;
-                return there < here || (there == here &&
-                                        (b.row < a.row || (b.row == a.row && b.column < a.column)));
+                const double here = squaredDistance(at, a.at), there = squaredDistance(at, b.at);
+                return there < here || (there == here && b.cell < a.cell);
             };
             while (first > x && taken(first - 1))
                 --first;
@@ -477,6 +500,7 @@ private:
 
     JitteredGrid _grid;
     CellRange _range;
+    std::uint64_t _id;
 };
 
 std::unique_ptr<CellCutter> CrystalCells::cutter(const IRect&, const CellRange& range) const
