@@ -27,6 +27,8 @@
 #include "platform/builtin/tile/FoldTiles.h"
 #include "platform/builtin/tile/Kaleidoscope.h"
 #include "platform/builtin/tile/OpTile.h"
+#include "platform/builtin/transition/PageCurl.h"
+#include "platform/builtin/transition/Transitions.h"
 
 namespace builtin {
 
@@ -96,6 +98,11 @@ void registerBuiltinFilters(imaging::FilterRegistry& registry)
     StarShineGenerator::initialize(registry);
     SunbeamsGenerator::initialize(registry);
     RandomGenerator::initialize(registry);
+
+    DissolveTransition::initialize(registry);
+    ModTransition::initialize(registry);
+    BarsSwipeTransition::initialize(registry);
+    PageCurlTransition::initialize(registry);
 
     SourceOverCompositing::initialize(registry);
     AdditionCompositing::initialize(registry);

@@ -4,6 +4,7 @@
 
 #include "platform/builtin/Gradient.h"
 #include "platform/builtin/Inputs.h"
+#include "platform/builtin/lighting/Ball.h"
 #include "platform/imaging/Kernel.h"
 
 #include <algorithm>
@@ -30,20 +31,14 @@ struct Normals {
 
 Image shadedMaterial(const Image& heights, const Image& ball, double scale)
 {
-    const Rect square = ball.extent();
-    if (!heights || square.isEmpty() || square.isInfinite())
+    if (!heights || !Ball::isIn(ball))
         return {};
     // Beyond a million every slope is a cliff; the squares above must not overflow.
     const Image normals =
         neighborhood(heights, 1, Border::Clamped, Normals{std::clamp(scale, -1e6, 1e6)});
-    const Point middle{square.midX(), square.midY()};
-    // The outline of the ball is mixed with what lies around it: one pixel inside.
-    const double reachX = std::max(square.width / 2 - 1, 0.0);
-    const double reachY = std::max(square.height / 2 - 1, 0.0);
     return guidedWarp(normals, ball, Reach::anywhere(),
-                      [=](Px normal, const auto& picture, const Coord&) {
-                          const Vec2 v{normal.r * F(reachX), normal.g * F(reachY)};
-                          return picture.clamped(middle + v) * normal.a;
+                      [lit = Ball(ball.extent())](Px normal, const auto& picture, const Coord&) {
+                          return lit(picture, {normal.r, normal.g}) * normal.a;
                       });
 }
 
