@@ -104,8 +104,9 @@ protected:
 
 // Pictures give the same wherever they lie, when centres move with them; not so for these.
 const std::set<std::string> kTiedToTheOrigin = {
-    "CIRandomGenerator", // the pixel's own coordinates are what it shows
-    "CIComicEffect",     // its dots lie on one grid for the whole plane
+    "CIRandomGenerator",    // the pixel's own coordinates are what it shows
+    "CIComicEffect",        // its dots lie on one grid for the whole plane
+    "CIPageCurlTransition", // the page is a rectangle of the plane
     // These turn, scale, mirror or ripple as if the picture began at the origin.
     "CIFAffineTile2Filter",
     "CIFAffineTransform2Filter",

@@ -132,13 +132,17 @@ private:
         const F f = clamp01(x / radius);
         const F arc = radius * asin(f);
         const M onRoll = x >= F(0.0f);
+        // How much more of the page there is on the roll than is seen, squared, less 1; at its
+        // outline as much as half a pixel inside.
+        const F steepness =
+            F(1.0f) / max((F(1.0f) - f) * (F(1.0f) + f), F(0.5f) / radius) - F(1.0f);
         // Smooths the outline of the roll.
         const F outline = clamp01(radius + F(0.5f) - x);
 
         // The upper layer, and the shadow that it throws.
         const F turned = radius * F(kPi);
         const PagePoint turnedOver =
-            pagePoint(at, select(onRoll, turned - arc - x, turned - F(2.0f) * x));
+            pagePoint(at, select(onRoll, turned - arc - x, turned - F(2.0f) * x), steepness);
         const F aside = max(x - radius, 0.0f);
         const F distance = sqrt(turnedOver.outside * turnedOver.outside + aside * aside);
         const F reach = _roll.shadow;
@@ -156,7 +160,7 @@ private:
         // The lower layer: the outside of the roll, and the page that still lies flat.
         Px below = transparent();
         if (any(outline > F(0.0f))) {
-            const PagePoint under = pagePoint(at, select(onRoll, arc - x, F(0.0f)));
+            const PagePoint under = pagePoint(at, select(onRoll, arc - x, F(0.0f)), steepness);
             const Px rolled = shaded(front(under.limited), f, -1.0f, f) * (under.cover * outline);
             below = select(onRoll, rolled, front(at));
         }
@@ -166,10 +170,10 @@ private:
     // A point of the page, so far from a position in the direction of the roll.
     struct PagePoint {
         Coord limited; // to where the print's pixels are whole
-        F cover;       // 1 on the page, 0 beside it, a pixel wide ramp between them
+        F cover;       // 1 on the page, 0 beside it, between them a ramp a pixel of the result wide
         F outside;     // distance to the page
     };
-    PagePoint pagePoint(const Coord& at, F shift) const
+    PagePoint pagePoint(const Coord& at, F shift, F steepness) const
     {
         const Vec2 toward{F(_roll.toward.x), F(_roll.toward.y)};
         const Vec2 v = at + toward * shift - _roll.middle;
@@ -177,8 +181,12 @@ private:
         const F printX = max(halfX - F(0.5f), 0.0f), printY = max(halfY - F(0.5f), 0.0f);
         const F pastX = abs(v.x) - halfX, pastY = abs(v.y) - halfY;
         const Vec2 outside{max(pastX, 0.0f), max(pastY, 0.0f)};
+        // Where the page rises, its border passes in fewer pixels.
+        const F rampX = sqrt(F(1.0f) + steepness * toward.x * toward.x);
+        const F rampY = sqrt(F(1.0f) + steepness * toward.y * toward.y);
         return {_roll.middle + Vec2{clamp(v.x, -printX, printX), clamp(v.y, -printY, printY)},
-                clamp01(F(0.5f) - pastX) * clamp01(F(0.5f) - pastY), length(outside)};
+                clamp01(F(0.5f) - pastX / rampX) * clamp01(F(0.5f) - pastY / rampY),
+                length(outside)};
     }
 
     // The colour in the light of its side of the roll, or part of the way to it. f is how far the
