@@ -214,7 +214,7 @@ IRect HexagonCells::covered(const IRect& pixels) const
     cross(pixels.bottom, pixels.left, pixels.right);
     cross(pixels.top - 1, pixels.left, pixels.right);
     // A row of pixels crosses two rows of cells at most, which take turns.
-    const int twoCells = static_cast<int>(4 * _side + 4);
+    const int twoCells = static_cast<int>(std::min<double>(4 * _side + 4, pixels.width()));
     for (int y = pixels.bottom; y < pixels.top; ++y) {
         if (y - pixels.bottom > ends && pixels.top - y > ends)
             y = pixels.top - static_cast<int>(ends);

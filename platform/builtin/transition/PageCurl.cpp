@@ -50,11 +50,12 @@ struct Roll {
         for (const int x : {region.left, region.right})
             for (const int y : {region.bottom, region.top})
                 first = std::min(first, beyond({double(x), double(y)}));
-        const double farthest = kPi * roll - 2 * first;
+        // Flat pages go on behind the line, shadows look back at the roll.
+        const double farthest = kPi * roll - 2 * first, back = roll + shadow + 1;
         const auto axis = [&](double low, double high, double direction, double start, double end) {
-            const double shift = farthest * direction;
-            return std::pair(std::clamp(low + std::min(shift, 0.0), start, end),
-                             std::clamp(high + std::max(shift, 0.0), start, end));
+            const double ends[] = {-back * direction, farthest * direction};
+            return std::pair(std::clamp(low + std::min(ends[0], ends[1]), start, end),
+                             std::clamp(high + std::max(ends[0], ends[1]), start, end));
         };
         const auto [left, right] = axis(region.left, region.right, toward.x, page.x, page.right());
         const auto [bottom, top] = axis(region.bottom, region.top, toward.y, page.y, page.top());
