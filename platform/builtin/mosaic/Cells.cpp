@@ -36,10 +36,11 @@ std::int64_t down(double v)
     return static_cast<std::int64_t>(std::floor(v));
 }
 
-// The first pixel whose middle is at or right of (above) the position.
+// The first pixel of the plane whose middle is at or right of (above) the position.
 int firstPixelFrom(double position)
 {
-    return static_cast<int>(std::ceil(std::clamp(position - 0.5, -kFarthest, kFarthest - 1)));
+    constexpr double kEdge = IRect::kEdge;
+    return static_cast<int>(std::ceil(std::clamp(position - 0.5, -kEdge, kEdge)));
 }
 
 // Edges that are whole numbers but for rounding are taken as whole.
