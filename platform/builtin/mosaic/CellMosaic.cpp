@@ -30,6 +30,17 @@ float sumOf(const float* p, int count)
     return sum;
 }
 
+typedef std::int32_t Int4 __attribute__((vector_size(16)));
+
+Int4 foldedTo4(IntLanes v)
+{
+#if CIF_LANES == 8
+    return __builtin_shufflevector(v, v, 0, 1, 2, 3) + __builtin_shufflevector(v, v, 4, 5, 6, 7);
+#else
+    return v;
+#endif
+}
+
 // Up to 256 pixels of four bytes: their sums are whole numbers of at most 16 bits. `room` is how
 // many pixels may be read.
 Float4 sumOfBytes(const std::byte* p, int count, std::ptrdiff_t room)
@@ -43,27 +54,24 @@ Float4 sumOfBytes(const std::byte* p, int count, std::ptrdiff_t room)
     };
     int i = 0;
     for (; i + kLanes <= count; i += kLanes)
-        add(loadInts(p + 4 * i));
-    std::uint32_t rb = 0, ga = 0;
+        add(loadInts(p + std::ptrdiff_t{4} * i));
     if (i < count) {
-        if (i + kLanes <= room) {
-            const I v = loadInts(p + 4 * i);
-            add(select(iotaInts() < I(count - i), v, I(0)));
-        } else {
-            for (; i < count; ++i) {
-                std::uint32_t v;
-                std::memcpy(&v, p + 4 * i, 4);
-                rb += v & kPairs;
-                ga += (v >> 8) & kPairs;
-            }
+        alignas(32) std::byte rest[4 * kLanes] = {};
+        const std::byte* last = p + std::ptrdiff_t{4} * i;
+        if (i + kLanes > room) {
+            std::memcpy(rest, last, std::size_t{4} * (count - i));
+            last = rest;
         }
+        add(select(iotaInts() < I(count - i), loadInts(last), I(0)));
     }
-    for (int k = 0; k < kLanes; ++k) {
-        rb += static_cast<std::uint32_t>(redBlue.v[k]);
-        ga += static_cast<std::uint32_t>(greenAlpha.v[k]);
-    }
-    return Float4{static_cast<float>(rb & 0xffff), static_cast<float>(ga & 0xffff),
-                  static_cast<float>(rb >> 16), static_cast<float>(ga >> 16)};
+    // Folded together: the sum of the first two words is red and blue, that of the others the rest.
+    const Int4 rb = foldedTo4(redBlue.v), ga = foldedTo4(greenAlpha.v);
+    const Int4 two =
+        __builtin_shufflevector(rb, ga, 0, 1, 4, 5) + __builtin_shufflevector(rb, ga, 2, 3, 6, 7);
+    const Int4 both = __builtin_shufflevector(two, two, 0, 2, 0, 2) +
+                      __builtin_shufflevector(two, two, 1, 3, 1, 3);
+    const Int4 low = both & 0xffff, high = (both >> 16) & 0xffff;
+    return __builtin_convertvector(__builtin_shufflevector(low, high, 0, 1, 4, 5), Float4);
 }
 
 // The sums of all cells. Single precision is enough for cells of a few hundred pixels: there it is
