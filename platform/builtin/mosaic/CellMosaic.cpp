@@ -41,9 +41,17 @@ Int4 foldedTo4(IntLanes v)
 #endif
 }
 
+// Fewer pixels than lanes, where no more may be read; the rest is 0.
+[[gnu::noinline]] I firstPixels(const std::byte* p, int count)
+{
+    alignas(32) std::byte pixels[4 * kLanes] = {};
+    std::memcpy(pixels, p, std::size_t{4} * count);
+    return loadInts(pixels);
+}
+
 // Up to 256 pixels of four bytes: their sums are whole numbers of at most 16 bits. `room` is how
 // many pixels may be read.
-Float4 sumOfBytes(const std::byte* p, int count, std::ptrdiff_t room)
+[[gnu::always_inline]] inline Float4 sumOfBytes(const std::byte* p, int count, std::ptrdiff_t room)
 {
     // Two sums to a word: red and blue, green and alpha.
     constexpr int kPairs = 0xff00ff;
@@ -56,13 +64,10 @@ Float4 sumOfBytes(const std::byte* p, int count, std::ptrdiff_t room)
     for (; i + kLanes <= count; i += kLanes)
         add(loadInts(p + std::ptrdiff_t{4} * i));
     if (i < count) {
-        alignas(32) std::byte rest[4 * kLanes] = {};
-        const std::byte* last = p + std::ptrdiff_t{4} * i;
-        if (i + kLanes > room) {
-            std::memcpy(rest, last, std::size_t{4} * (count - i));
-            last = rest;
-        }
-        add(select(iotaInts() < I(count - i), loadInts(last), I(0)));
+        const std::byte* rest = p + std::ptrdiff_t{4} * i;
+        const int few = count - i;
+        add(i + kLanes <= room ? select(iotaInts() < I(few), loadInts(rest), I(0))
+                               : firstPixels(rest, few));
     }
     // Folded together: the sum of the first two words is red and blue, that of the others the rest.
     const Int4 rb = foldedTo4(redBlue.v), ga = foldedTo4(greenAlpha.v);
