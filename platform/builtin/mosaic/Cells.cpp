@@ -367,8 +367,7 @@ public:
     {
         const double y = span.y + 0.5 - _grid.center().y;
         Kept& kept = sitesNear(span, _grid.square(y));
-        // Farther from the row than any pixel is from its own square's site: never the nearest.
-        const double hopeless = 2.0000001 * _grid.pitch() * _grid.pitch();
+        const double farthest = kFarthestSite * _grid.pitch(), hopeless = farthest * farthest;
         Piece* const first = kept.envelope.data();
         Piece* end = first;
         for (const Site& site : kept.sites) {
@@ -391,6 +390,9 @@ public:
     }
 
 private:
+    // In pitches: a little more than any pixel is away from the site of its own square.
+    static constexpr double kFarthestSite = 1.4142137;
+
     struct Site {
         Point at; // from the centre
         std::int64_t cell;
@@ -441,18 +443,25 @@ private:
                         &kept.ys[j * pitch]);
         kept.sites.resize(std::size_t{kRows} * count);
         kept.envelope.resize(std::size_t{kRows} * count);
-        // Columns follow each other; within one the sites are put in order as they come.
+        // Columns follow each other; within one the sites are put in order as they come. Those that
+        // are too far from the row of squares to be the nearest are left out.
+        const double bottom = _grid.pitch() * (static_cast<double>(row) - kFarthestSite),
+                     top = _grid.pitch() * (static_cast<double>(row) + 1 + kFarthestSite);
+        Site* end = kept.sites.data();
         for (int i = 0; i < count; ++i) {
-            Site* const column = &kept.sites[std::size_t{kRows} * i];
+            const Site* const column = end;
             for (int j = 0; j < kRows; ++j) {
                 const Site site{{kept.xs[j * pitch + i], kept.ys[j * pitch + i]},
                                 _range.indexOf({first + i, row - 2 + j})};
-                int k = j;
-                for (; k > 0 && site.at.x < column[k - 1].at.x; --k)
-                    column[k] = column[k - 1];
-                column[k] = site;
+                if (site.at.y < bottom || site.at.y > top)
+                    continue;
+                Site* place = end++;
+                for (; place > column && site.at.x < place[-1].at.x; --place)
+                    *place = place[-1];
+                *place = site;
             }
         }
+        kept.sites.resize(static_cast<std::size_t>(end - kept.sites.data()));
         return kept;
     }
 

@@ -9,8 +9,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
 #include <cmath>
-#include <tuple>
+#include <numeric>
 
 namespace builtin {
 
@@ -51,6 +52,12 @@ private:
         int x = 0, count = 0;
         std::int64_t row = 0;
         std::vector<Dot> dots; // from the lowest to the topmost
+        // For their making.
+        std::vector<Dot> unsorted;
+        std::vector<float> random;
+        std::vector<double> xs, ys;
+        std::vector<std::uint32_t> orders;
+        std::vector<int> begins;
     };
 
     static std::uint64_t nextId()
@@ -61,30 +68,73 @@ private:
 
     const std::vector<Dot>& dotsNear(const Span& span, std::int64_t row) const
     {
-        thread_local Kept kept;
+        thread_local Kept all;
+        Kept& kept = all;
         if (kept.id == _id && kept.x == span.x && kept.count == span.count && kept.row == row)
             return kept.dots;
         kept.id = _id;
         kept.x = span.x;
         kept.count = span.count;
         kept.row = row;
-        kept.dots.clear();
-        const double left = span.x + 0.5 - _grid.center().x;
+        collect(kept, span);
+        return kept.dots;
+    }
+
+    // The dots that reach the row of squares, sorted.
+    void collect(Kept& kept, const Span& span) const
+    {
+        const double left = span.x + 0.5 - _grid.center().x, pitch = _grid.pitch();
         const std::int64_t first = _grid.square(left) - 2,
                            last = _grid.square(left + span.count - 1) + 2;
-        for (std::int64_t j = row - 2; j <= row + 2; ++j)
-            for (std::int64_t i = first; i <= last; ++i) {
-                const auto column = static_cast<std::uint32_t>(i),
-                           r = static_cast<std::uint32_t>(j);
-                const double size = kSmallest + kVariation * h01(column, r, kDotRadius);
-                kept.dots.push_back({_grid.site({i, j}), _grid.pitch() * size,
-                                     hash(column, r, kDotOrder), _range.indexOf({i, j})});
+        const int count = static_cast<int>(last - first + 1);
+        kept.random.resize(static_cast<std::size_t>(count) + kLanes);
+        kept.xs.resize(kept.random.size());
+        kept.ys.resize(kept.random.size());
+        kept.orders.resize(kept.random.size());
+        kept.unsorted.clear();
+        const double bottom = pitch * static_cast<double>(kept.row), top = bottom + pitch;
+        for (std::int64_t row = kept.row - 2; row <= kept.row + 2; ++row) {
+            _grid.sites({first, row}, count, kept.random.data(), kept.xs.data(), kept.ys.data());
+            for (int i = 0; i < count; i += kLanes) {
+                const I columns = I(static_cast<int>(first + i)) + iotaInts();
+                const auto j = static_cast<std::uint32_t>(row);
+                store(&kept.random[i], h01(columns, j, kDotRadius));
+                storeInts(&kept.orders[i], hash(columns, j, kDotOrder));
             }
+            for (int i = 0; i < count; ++i) {
+                const Dot dot{{kept.xs[i], kept.ys[i]},
+                              pitch * (kSmallest + kVariation * kept.random[i]),
+                              kept.orders[i],
+                              _range.indexOf({first + i, row})};
+                const double reach = dot.radius + 0.5;
+                if (dot.at.y > bottom - reach && dot.at.y < top + reach)
+                    kept.unsorted.push_back(dot);
+            }
+        }
+        sort(kept);
+    }
+
+    // Hashes are spread evenly: dots put into as many bins as there are dots are nearly in order.
+    static void sort(Kept& kept)
+    {
+        const std::vector<Dot>& from = kept.unsorted;
+        const int bits = std::bit_width(from.size());
+        const auto binOf = [bits](const Dot& d) { return d.order >> (32 - bits); };
+        std::vector<int>& begins = kept.begins;
+        begins.assign((std::size_t{1} << bits) + 1, 0);
+        for (const Dot& d : from)
+            ++begins[binOf(d) + 1];
+        std::partial_sum(begins.begin(), begins.end(), begins.begin());
+        kept.dots.resize(from.size());
+        for (const Dot& d : from)
+            kept.dots[begins[binOf(d)]++] = d;
         // Of equals, the one farther down and to the left lies above.
-        std::sort(kept.dots.begin(), kept.dots.end(), [](const Dot& a, const Dot& b) {
-            return std::tie(a.order, b.cell) < std::tie(b.order, a.cell);
-        });
-        return kept.dots;
+        const auto below = [](const Dot& a, const Dot& b) {
+            return a.order != b.order ? a.order < b.order : a.cell > b.cell;
+        };
+        for (std::size_t i = 1; i < kept.dots.size(); ++i)
+            for (std::size_t k = i; k > 0 && below(kept.dots[k], kept.dots[k - 1]); --k)
+                std::swap(kept.dots[k], kept.dots[k - 1]);
     }
 
     void paint(const Dot& dot, double y, const Span& span, const Strip& out) const
