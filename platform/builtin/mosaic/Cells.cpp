@@ -281,19 +281,27 @@ Point JitteredGrid::site(CellLabel square) const
             _pitch * (static_cast<double>(square.row) + h01(i, j, _saltY))};
 }
 
-void JitteredGrid::sites(CellLabel first, int count, float* jitter, double* xs, double* ys) const
+void JitteredGrid::jitter(CellLabel first, int count, float* xs, float* ys) const
 {
     const auto row = static_cast<std::uint32_t>(first.row);
-    const auto along = [&](std::uint32_t salt) {
-        for (int k = 0; k < count; k += kLanes)
-            store(jitter + k, h01(I(static_cast<int>(first.column + k)) + iotaInts(), row, salt));
-    };
-    along(_saltX);
-    for (int k = 0; k < count; ++k)
-        xs[k] = _pitch * (static_cast<double>(first.column + k) + jitter[k]);
-    along(_saltY);
-    for (int k = 0; k < count; ++k)
-        ys[k] = _pitch * (static_cast<double>(first.row) + jitter[k]);
+    for (int k = 0; k < count; k += kLanes) {
+        const I columns = I(static_cast<int>(first.column + k)) + iotaInts();
+        store(xs + k, h01(columns, row, _saltX));
+        store(ys + k, h01(columns, row, _saltY));
+    }
+}
+
+void JitteredGrid::sites(CellLabel first, int count, std::vector<float>& scratch, double* xs,
+                         double* ys) const
+{
+    const std::size_t room = static_cast<std::size_t>(count) + kLanes;
+    scratch.resize(2 * room);
+    float *x = scratch.data(), *y = x + room;
+    jitter(first, count, x, y);
+    for (int k = 0; k < count; ++k) {
+        xs[k] = _pitch * (static_cast<double>(first.column + k) + x[k]);
+        ys[k] = _pitch * (static_cast<double>(first.row) + y[k]);
+    }
 }
 
 std::int64_t JitteredGrid::square(double position) const
@@ -435,11 +443,10 @@ private:
         const std::int64_t first = _grid.square(left) - 2,
                            last = _grid.square(left + span.count - 1) + 2;
         const int count = static_cast<int>(last - first + 1), pitch = count + kLanes;
-        kept.jitter.resize(pitch);
         kept.xs.resize(std::size_t{kRows} * pitch);
         kept.ys.resize(std::size_t{kRows} * pitch);
         for (int j = 0; j < kRows; ++j)
-            _grid.sites({first, row - 2 + j}, count, kept.jitter.data(), &kept.xs[j * pitch],
+            _grid.sites({first, row - 2 + j}, count, kept.jitter, &kept.xs[j * pitch],
                         &kept.ys[j * pitch]);
         kept.sites.resize(std::size_t{kRows} * count);
         kept.envelope.resize(std::size_t{kRows} * count);
@@ -513,8 +520,88 @@ private:
     std::uint64_t _id;
 };
 
+// Crystals of a few pixels: the nine sites around a pixel are compared, several pixels side by side.
+// The few pixels where that leaves a doubt are looked up.
+class CrystalCells::FineCutter : public CellCutter {
+public:
+    static constexpr double kLargestPitch = 4;
+
+    FineCutter(const CrystalCells& cells, const CellRange& range) : _cells(cells), _range(range) {}
+
+    CellRow cut(const Span& span, std::vector<CellRun>& scratch) const override
+    {
+        thread_local std::vector<float> memory;
+        std::vector<float>& jitter = memory;
+        const JitteredGrid& grid = _cells._grid;
+        const double perPitch = 1 / grid.pitch();
+        const double x = (span.x + 0.5 - grid.center().x) * perPitch;
+        const double y = (span.y + 0.5 - grid.center().y) * perPitch;
+        const std::int64_t column = down(x) - 2, row = down(y);
+        const int count = down(x + (span.count + kLanes) * perPitch) + 2 - column;
+        const int pitch = count + kLanes;
+        jitter.resize(std::size_t{6} * pitch);
+        for (int j = 0; j < 3; ++j)
+            grid.jitter({column, row - 1 + j}, count, &jitter[2 * j * pitch],
+                        &jitter[(2 * j + 1) * pitch]);
+
+        scratch.clear();
+        const F fy = y - static_cast<double>(row);
+        std::int64_t cell = -1;
+        for (int i = 0; i < span.count; i += kLanes) {
+            const F u = F(x - static_cast<double>(column)) + (F(i) + iota()) * F(perPitch);
+            const I square = toInt(u);
+            const F fx = u - toFloat(square);
+            F least = INFINITY, second = INFINITY;
+            I nearest = 0;
+            for (int dj = 0; dj < 3; ++dj)
+                for (int di = -1; di <= 1; ++di) {
+                    const float* hx = &jitter[2 * dj * pitch];
+                    const F dx = looked(hx, square + I(di)) + F(di) - fx;
+                    const F dy = looked(hx + pitch, square + I(di)) + F(dj - 1) - fy;
+                    const F d = dx * dx + dy * dy;
+                    const M nearer = d < least;
+                    second = min(second, select(nearer, least, d));
+                    least = select(nearer, d, least);
+                    nearest = select(nearer, I(dj * pitch) + square + I(di), nearest);
+                }
+            // Sites farther away than these nine are a pitch away at least.
+            const M doubtful = (least > F(0.999f)) | (second - least < F(kDoubt));
+            const int doubts = signs(I(doubtful.v)), last = std::min(kLanes, span.count - i);
+            for (int k = 0; k < last; ++k) {
+                const int at = nearest.v[k], j = at / pitch;
+                const std::int64_t owner = _range.indexOf(
+                    (doubts >> k & 1) != 0 ? _cells.labelAt(span.x + i + k, span.y)
+                                           : CellLabel{column + at - j * pitch, row - 1 + j});
+                if (owner != cell) {
+                    scratch.push_back({0, owner});
+                    cell = owner;
+                }
+                scratch.back().end = span.x + i + k + 1;
+            }
+        }
+        return {scratch.data(), 0};
+    }
+
+private:
+    // More than single precision is off, in squared pitches.
+    static constexpr float kDoubt = 0.002f;
+
+    static F looked(const float* p, I index)
+    {
+        F v;
+        for (int k = 0; k < kLanes; ++k)
+            v.v[k] = p[index.v[k]];
+        return v;
+    }
+
+    CrystalCells _cells;
+    CellRange _range;
+};
+
 std::unique_ptr<CellCutter> CrystalCells::cutter(const IRect&, const CellRange& range) const
 {
+    if (_grid.pitch() < FineCutter::kLargestPitch)
+        return std::make_unique<FineCutter>(*this, range);
     return std::make_unique<Cutter>(_grid, range);
 }
 

@@ -122,8 +122,11 @@ public:
     double pitch() const { return _pitch; }
     // From the centre.
     Point site(CellLabel square) const;
-    // The same for `count` squares of a row, as xs and ys; room for whole lanes is needed.
-    void sites(CellLabel first, int count, float* jitter, double* xs, double* ys) const;
+    // The same for `count` squares of a row.
+    void sites(CellLabel first, int count, std::vector<float>& scratch, double* xs,
+               double* ys) const;
+    // Where in their squares they lie, 0 … 1; room for whole lanes is needed.
+    void jitter(CellLabel first, int count, float* xs, float* ys) const;
     // The square that a position (from the centre) lies in.
     std::int64_t square(double position) const;
     // The squares up to `margin` squares away from the pixels' own.
@@ -152,6 +155,7 @@ public:
 
 private:
     class Cutter;
+    class FineCutter;
 
     JitteredGrid _grid;
 };

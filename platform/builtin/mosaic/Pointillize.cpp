@@ -54,7 +54,7 @@ private:
         std::vector<Dot> dots; // from the lowest to the topmost
         // For their making.
         std::vector<Dot> unsorted;
-        std::vector<float> random;
+        std::vector<float> random, jitter;
         std::vector<double> xs, ys;
         std::vector<std::uint32_t> orders;
         std::vector<int> begins;
@@ -94,7 +94,7 @@ private:
         kept.unsorted.clear();
         const double bottom = pitch * static_cast<double>(kept.row), top = bottom + pitch;
         for (std::int64_t row = kept.row - 2; row <= kept.row + 2; ++row) {
-            _grid.sites({first, row}, count, kept.random.data(), kept.xs.data(), kept.ys.data());
+            _grid.sites({first, row}, count, kept.jitter, kept.xs.data(), kept.ys.data());
             for (int i = 0; i < count; i += kLanes) {
                 const I columns = I(static_cast<int>(first + i)) + iotaInts();
                 const auto j = static_cast<std::uint32_t>(row);
