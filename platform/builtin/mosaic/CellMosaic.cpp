@@ -139,11 +139,6 @@ private:
     FloatBuffer _memory;
 };
 
-int floorDiv(int a, int b)
-{
-    return a >= 0 ? a / b : -((-a + b - 1) / b);
-}
-
 class CellMosaicNode : public Node {
 public:
     CellMosaicNode(Image image, std::shared_ptr<const CellLayout> layout, const IRect& extent)
@@ -237,8 +232,11 @@ private:
         };
         const int height = static_cast<int>(
             std::clamp(std::ceil(_layout->tallest()), double{kTileHeight}, double{IRect::kEdge}));
-        const int firstBand = floorDiv(source.bottom, height);
-        const int lastBand = source.isEmpty() ? firstBand - 1 : floorDiv(source.top - 1, height);
+        const auto bandOf = [height](int y) {
+            return static_cast<int>(std::floor(static_cast<double>(y) / height));
+        };
+        const int firstBand = bandOf(source.bottom);
+        const int lastBand = source.isEmpty() ? firstBand - 1 : bandOf(source.top - 1);
         for (int odd = 0; odd < 2; ++odd) {
             const int first = firstBand + ((firstBand ^ odd) & 1);
             const int count = (lastBand - first + 2) / 2;

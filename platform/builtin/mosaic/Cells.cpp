@@ -520,8 +520,8 @@ private:
     std::uint64_t _id;
 };
 
-// Crystals of a few pixels: the nine sites around a pixel are compared, several pixels side by side.
-// The few pixels where that leaves a doubt are looked up.
+// Crystals of a few pixels: the nine sites around a pixel are compared, several pixels side by
+// side. The few pixels where that leaves a doubt are looked up.
 class CrystalCells::FineCutter : public CellCutter {
 public:
     static constexpr double kLargestPitch = 4;
