@@ -3,6 +3,8 @@
 
 #include "platform/builtin/blur/GaussianBlur.h"
 #include "platform/builtin/blur/NoiseReduction.h"
+#include "platform/builtin/blur/Glow.h"
+#include "platform/builtin/blur/Sharpen.h"
 #include "platform/builtin/color/ColorMaps.h"
 #include "platform/builtin/composite/Compositing.h"
 #include "platform/builtin/distortion/BumpDistortionLinear.h"
@@ -47,6 +49,10 @@ void registerBuiltinFilters(imaging::FilterRegistry& registry)
 
     GaussianBlur::initialize(registry);
     NoiseReduction::initialize(registry);
+    UnsharpMask::initialize(registry);
+    SharpenLuminance::initialize(registry);
+    Bloom::initialize(registry);
+    Gloom::initialize(registry);
 
     Edges::initialize(registry);
     EdgeWork::initialize(registry);
