@@ -1,6 +1,7 @@
 // The list of the built-in filters: a class without a line here does not exist.
 #include "platform/builtin/Register.h"
 
+#include "platform/builtin/blur/BoxBlur.h"
 #include "platform/builtin/blur/GaussianBlur.h"
 #include "platform/builtin/blur/NoiseReduction.h"
 #include "platform/builtin/blur/Glow.h"
@@ -49,6 +50,7 @@ void registerBuiltinFilters(imaging::FilterRegistry& registry)
 
     GaussianBlur::initialize(registry);
     NoiseReduction::initialize(registry);
+    BoxBlur::initialize(registry);
     UnsharpMask::initialize(registry);
     SharpenLuminance::initialize(registry);
     Bloom::initialize(registry);
