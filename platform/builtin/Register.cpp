@@ -5,6 +5,7 @@
 #include "platform/builtin/blur/GaussianBlur.h"
 #include "platform/builtin/blur/NoiseReduction.h"
 #include "platform/builtin/blur/Glow.h"
+#include "platform/builtin/blur/MotionBlur.h"
 #include "platform/builtin/blur/Sharpen.h"
 #include "platform/builtin/color/ColorMaps.h"
 #include "platform/builtin/composite/Compositing.h"
@@ -51,6 +52,7 @@ void registerBuiltinFilters(imaging::FilterRegistry& registry)
     GaussianBlur::initialize(registry);
     NoiseReduction::initialize(registry);
     BoxBlur::initialize(registry);
+    MotionBlur::initialize(registry);
     UnsharpMask::initialize(registry);
     SharpenLuminance::initialize(registry);
     Bloom::initialize(registry);
