@@ -2,6 +2,7 @@
 #include "platform/builtin/Register.h"
 
 #include "platform/builtin/blur/BoxBlur.h"
+#include "platform/builtin/blur/DiscBlur.h"
 #include "platform/builtin/blur/GaussianBlur.h"
 #include "platform/builtin/blur/NoiseReduction.h"
 #include "platform/builtin/blur/Glow.h"
@@ -52,6 +53,7 @@ void registerBuiltinFilters(imaging::FilterRegistry& registry)
     GaussianBlur::initialize(registry);
     NoiseReduction::initialize(registry);
     BoxBlur::initialize(registry);
+    DiscBlur::initialize(registry);
     MotionBlur::initialize(registry);
     UnsharpMask::initialize(registry);
     SharpenLuminance::initialize(registry);

@@ -7,6 +7,7 @@
 #include "platform/builtin/blur/BoxBlur.h"
 
 #include "platform/builtin/Inputs.h"
+#include "platform/builtin/blur/Countable.h"
 #include "platform/builtin/blur/Extent.h"
 #include "platform/imaging/ColumnMemory.h"
 #include "platform/imaging/Kernel.h"
@@ -36,21 +37,6 @@ struct Box {
     int reach() const { return whole + 1; }
     double side() const { return 2 * whole + 1 + 2 * part; }
 };
-
-inline std::uint8_t countable(std::uint8_t v)
-{
-    return v;
-}
-// On the grid. What is not a number counts as nothing, and limits keep a single pixel from using up
-// the precision of its neighbours.
-inline double countable(float v)
-{
-    constexpr float kLimit = 1 << 20;
-    constexpr double kGrid = 1.5 * (1 << 28); // what is added to this is rounded to 2^-24
-    const float known = v == v ? v : 0.0f;
-    const float limited = known < kLimit ? known > -kLimit ? known : -kLimit : kLimit;
-    return (double{limited} + kGrid) - kGrid;
-}
 
 // Value is what a pixel's component is in memory, Sum holds the sum of a column, Total what becomes
 // of it when the outermost rows are added in part, and the sum of those along a row.

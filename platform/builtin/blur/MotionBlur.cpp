@@ -6,6 +6,7 @@
 
 #include "platform/builtin/Inputs.h"
 #include "platform/builtin/blur/Extent.h"
+#include "platform/builtin/blur/Taps.h"
 #include "platform/imaging/ColumnMemory.h"
 #include "platform/imaging/Kernel.h"
 #include "platform/imaging/Words.h"
@@ -22,11 +23,6 @@ using namespace imaging;
 namespace {
 
 constexpr double kMaximumRadius = 10'000;
-
-struct Tap {
-    int dx, dy;
-    double weight;
-};
 
 // 2n + 1 samples from −radius to +radius along the angle, row by row, left to right.
 std::vector<Tap> tapsAlong(double radius, double angle)
@@ -70,35 +66,12 @@ public:
     {
         alignas(32) float sums[4 * (kStripWidth + kLanes)];
         std::fill_n(sums, 4 * (span.count + kLanes), 0.0f);
-        const IRect& r = _block->rect;
-        const bool bytes = _block->format == PixelBlock::Format::OpaqueBytes;
-        for (const Tap& t : _taps) {
-            const int y = span.y + t.dy;
-            const int first = std::max(span.x, r.left - t.dx);
-            const int last = std::min(span.x + span.count, r.right - t.dx);
-            if (y < r.bottom || y >= r.top || first >= last)
-                continue;
-            const std::byte* p = _block->pixel(first + t.dx, y);
-            float* sum = sums + std::ptrdiff_t{4} * (first - span.x);
-            if (bytes)
-                addWeighted(reinterpret_cast<const std::uint8_t*>(p),
-                            static_cast<float>(t.weight / 255), 4 * (last - first), sum);
-            else
-                addWeighted(reinterpret_cast<const float*>(p), static_cast<float>(t.weight),
-                            4 * (last - first), sum);
-        }
+        addTaps(*_block, _taps, span, sums);
         for (int i = 0; i < span.count; i += kLanes)
             storePx(out, i, loadInterleaved(sums + std::ptrdiff_t{4} * i));
     }
 
 private:
-    template <class Value>
-    static void addWeighted(const Value* values, float weight, int count, float* sums)
-    {
-        for (int i = 0; i < count; ++i)
-            sums[i] += weight * static_cast<float>(values[i]);
-    }
-
     PixelBlockRef _block;
     std::vector<Tap> _taps;
 };
