@@ -8,6 +8,7 @@
 #include "platform/builtin/blur/Glow.h"
 #include "platform/builtin/blur/MotionBlur.h"
 #include "platform/builtin/blur/Sharpen.h"
+#include "platform/builtin/blur/ZoomBlur.h"
 #include "platform/builtin/color/ColorMaps.h"
 #include "platform/builtin/composite/Compositing.h"
 #include "platform/builtin/distortion/BumpDistortionLinear.h"
@@ -55,6 +56,7 @@ void registerBuiltinFilters(imaging::FilterRegistry& registry)
     BoxBlur::initialize(registry);
     DiscBlur::initialize(registry);
     MotionBlur::initialize(registry);
+    ZoomBlur::initialize(registry);
     UnsharpMask::initialize(registry);
     SharpenLuminance::initialize(registry);
     Bloom::initialize(registry);
