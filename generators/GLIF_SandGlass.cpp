@@ -1,0 +1,183 @@
+#include "generators/GLIF_SandGlass.h"
+
+#include "generators/ColorSchemes.h"
+#include "generators/Random.h"
+#include "platform/foundation/Numbers.h"
+#include "platform/imaging/Parallel.h"
+
+#include <algorithm>
+#include <cmath>
+
+using namespace generators;
+
+namespace {
+
+constexpr AttributeTable kAttributes = {
+    {"GLIFFactor", 0.01f, 10.0f, 1.83f},
+    {"GLIFShapesType", 0, 4, 2},
+    {"GLIFColorRangeMin", 0.0f, 1.0f, 0.0f},
+    {"GLIFColorRangeMax", 0.0f, 1.0f, 1.0f},
+};
+
+// The fraction of a quotient as a value; 0 past the limit. At the corner of the quarter the
+// quotient is no number, and neither is the value.
+double foldQuotient(double quotient, float limit)
+{
+    const auto a = static_cast<float>(std::abs(quotient));
+    const float kept = a > limit ? 0.0f : a;
+    return (kept - std::trunc(kept)) * 255.0;
+}
+
+// The three tangents of the quotients. Two of them depend on a sum or difference only.
+double tangentOfDifference(std::int64_t difference, float factor)
+{
+    return std::tan(difference / 100.0 * factor);
+}
+double tangentOfSum(std::int64_t sum)
+{
+    return std::tan(sum / 100.0);
+}
+double tangentOfProduct(std::int64_t product, float factor)
+{
+    return std::tan(product / 100.0 * factor / 200.0);
+}
+
+constexpr float kDifferenceLimit = 2.0f;
+constexpr float kProductLimit = 3.5f;
+
+} // namespace
+
+namespace generators {
+
+double sandGlassValue(int type, std::int64_t x, std::int64_t y, float factor, int drawn)
+{
+    switch (type) {
+    case 0:
+        return y == 0 ? 0 : truncToInt(static_cast<float>(x * x / y) * factor) % 256;
+    case 1:
+        return (std::sin(x * y / 10000.0 * factor) + 1.0) * 127.5;
+    case 2:
+        return foldQuotient(tangentOfDifference(x - y, factor) / tangentOfSum(x + y),
+                            kDifferenceLimit);
+    case 3:
+        return foldQuotient(tangentOfProduct(x * y, factor) / tangentOfSum(x + y), kProductLimit);
+    default: {
+        const float rough = static_cast<float>(drawn % 20 - 10) * factor;
+        return truncToInt(static_cast<float>((x + y) % 256) + rough) % 256;
+    }
+    }
+}
+
+} // namespace generators
+
+GLIF_SandGlass::GLIF_SandGlass()
+{
+    _bNeedUpdateCashe = true;
+}
+
+const AttributeTable& GLIF_SandGlass::attributeTable() const
+{
+    return kAttributes;
+}
+
+PictureRef GLIF_SandGlass::GLIFOutputImageWidthHeightAttributes(const PictureRef& reference,
+                                                                int width, int height,
+                                                                const Dictionary& attributes)
+{
+    readSharedAttributes(attributes);
+    const PixelSize size = pictureSize(reference, width, height);
+    // What a host that omits a key gets; the table above is what the editor starts with.
+    _iFactor = attributes.floatValue("GLIFFactor", 1.0f);
+    _shapesType = attributes.intValue("GLIFShapesType", 0);
+    GLIFUpdateCasheWidthHeight(attributes, size.width, size.height);
+    return sandGlassGeneratorWidthHeight(size.width, size.height);
+}
+
+// The last column of an odd width and the last row of an odd height are in no quarter and stay
+// transparent.
+PictureRef GLIF_SandGlass::sandGlassGeneratorWidthHeight(int width, int height)
+{
+    const std::shared_ptr<Bitmap> bitmap = makeBitmap({width, height});
+    const PixelSize quarter = {width / 2, height / 2};
+    if (!bitmap || (_bNeedUpdateCashe && !renewPrefetchBuffer(quarter.pixels())))
+        return nullptr;
+    if (_bNeedUpdateCashe)
+        computeField(quarter);
+    paintQuarters(*bitmap, quarter);
+    return drawing::Picture::fromBitmap(bitmap);
+}
+
+void GLIF_SandGlass::computeField(PixelSize quarter)
+{
+    const auto height = static_cast<std::size_t>(quarter.height);
+    double* field = _prefetchBuffer.get();
+    if (_shapesType < 0 || _shapesType > 3) {
+        // Row by row: that is the order of the draws.
+        for (int y = 0; y < quarter.height; ++y)
+            for (int x = 0; x < quarter.width; ++x) {
+                const int drawn = randomInt();
+                field[x * height + y] = sandGlassValue(_shapesType, x, y, _iFactor, drawn);
+            }
+        return;
+    }
+
+    // Most of the time goes into tangents; those of sums and differences are taken from tables.
+    std::vector<double> ofSums, ofDifferences;
+    if (_shapesType >= 2)
+        for (int sum = 0; sum < quarter.width + quarter.height; ++sum)
+            ofSums.push_back(tangentOfSum(sum));
+    if (_shapesType == 2)
+        for (int difference = -quarter.height; difference < quarter.width; ++difference)
+            ofDifferences.push_back(tangentOfDifference(difference, _iFactor));
+    const auto computeColumn = [&](int x) {
+        double* column = field + x * height;
+        for (int y = 0; y < quarter.height; ++y)
+            if (_shapesType == 2)
+                column[y] = foldQuotient(ofDifferences[x - y + quarter.height] / ofSums[x + y],
+                                         kDifferenceLimit);
+            else if (_shapesType == 3)
+                column[y] = foldQuotient(
+                    tangentOfProduct(std::int64_t{x} * y, _iFactor) / ofSums[x + y], kProductLimit);
+            else
+                column[y] = sandGlassValue(_shapesType, x, y, _iFactor, 0);
+    };
+    imaging::parallelRows(0, quarter.width, 8, [&](int first, int last) {
+        for (int x = first; x < last; ++x)
+            computeColumn(x);
+    });
+}
+
+void GLIF_SandGlass::paintQuarters(Bitmap& bitmap, PixelSize quarter) const
+{
+    // As the base paints a field: a few columns at a time, turned into rows.
+    constexpr int kColumns = 16, kRows = 256;
+    const auto height = static_cast<std::size_t>(quarter.height);
+    const auto paintTile = [&](int left, int top) {
+        std::uint32_t words[kColumns][kRows];
+        const int columns = std::min(kColumns, quarter.width - left);
+        const int rows = std::min(kRows, quarter.height - top);
+        for (int x = 0; x < columns; ++x) {
+            double positions[kRows];
+            const double* values = &_prefetchBuffer[(left + x) * height + top];
+            for (int y = 0; y < rows; ++y)
+                positions[y] = values[y] / 255.0;
+            computeColorsToMem(words[x], positions, rows, _colorRangeMin, _colorRangeMax);
+        }
+        for (int y = 0; y < rows; ++y) {
+            const int below = quarter.height + top + y, above = quarter.height - 1 - top - y;
+            for (const int row : {below, above}) {
+                auto* pixels = bitmap.rowAs<std::uint32_t>(row) + quarter.width;
+                for (int x = 0; x < columns; ++x) {
+                    pixels[left + x] = words[x][y];
+                    pixels[-1 - left - x] = words[x][y];
+                }
+            }
+        }
+    };
+    const int stripes = (quarter.width + kColumns - 1) / kColumns;
+    imaging::parallelRows(0, stripes, 4, [&](int first, int last) {
+        for (int stripe = first; stripe < last; ++stripe)
+            for (int top = 0; top < quarter.height; top += kRows)
+                paintTile(stripe * kColumns, top);
+    });
+}

@@ -1,0 +1,33 @@
+// One quarter computed by a formula of its coordinates, mirrored about both centre lines.
+#pragma once
+
+#include "generators/GLIFCoreObject.h"
+
+namespace generators {
+
+// The value (0 to 255 for the most part) of a pixel of the quarter, x to the right and y away from
+// the centre line. Types: 0 parabolas, 1 hyperbolas of a sine, 2 and 3 quotients of tangents, any
+// other a slope roughened by the number that was drawn.
+double sandGlassValue(int type, std::int64_t x, std::int64_t y, float factor, int drawn);
+
+} // namespace generators
+
+class GLIF_SandGlass : public GLIFCoreObject {
+public:
+    GLIF_SandGlass();
+
+    PictureRef GLIFOutputImageWidthHeightAttributes(const PictureRef& reference, int width,
+                                                    int height,
+                                                    const Dictionary& attributes) override;
+
+protected:
+    const AttributeTable& attributeTable() const override;
+
+private:
+    PictureRef sandGlassGeneratorWidthHeight(int width, int height);
+    void computeField(PixelSize quarter);
+    void paintQuarters(generators::Bitmap& bitmap, PixelSize quarter) const;
+
+    float _iFactor = 1;           // sic; frequency
+    std::int32_t _shapesType = 0; // the formula
+};
