@@ -10,6 +10,7 @@
 #include "generators/GLIF_StarField.h"
 #include "generators/GLIF_TwistPolygons.h"
 #include "generators/GLIF_TwistedSquares.h"
+#include "generators/GLIF_RadialPlasma.h"
 #include "generators/GLIF_SandGlass.h"
 #include "generators/GLIF_Spiral.h"
 
@@ -38,6 +39,7 @@ constexpr Entry kEntries[] = {
     {"GLIF_StarField", make<GLIF_StarField>},
     {"GLIF_TwistPolygons", make<GLIF_TwistPolygons>},
     {"GLIF_TwistedSquares", make<GLIF_TwistedSquares>},
+    {"GLIF_RadialPlasma", make<GLIF_RadialPlasma>},
     {"GLIF_SandGlass", make<GLIF_SandGlass>},
     {"GLIF_Spiral", make<GLIF_Spiral>},
 };
