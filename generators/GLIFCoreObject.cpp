@@ -1,6 +1,7 @@
 #include "generators/GLIFCoreObject.h"
 
 #include "generators/ColorSchemes.h"
+#include "generators/FieldTiles.h"
 #include "generators/Random.h"
 #include "platform/foundation/Log.h"
 #include "platform/foundation/Numbers.h"
@@ -256,31 +257,13 @@ bool GLIFCoreObject::renewPrefetchBuffer(std::size_t count)
 
 void GLIFCoreObject::paintField(Bitmap& bitmap, double above) const
 {
-    // The field runs down the columns, the bitmap along the rows: colour a few columns, then turn
-    // them, so that the field is read as a few streams and the bitmap written in whole cache lines.
-    constexpr int kColumns = 16, kRows = 256;
-    const int width = bitmap.width(), height = bitmap.height();
-    const double* field = _prefetchBuffer.get();
-    const auto paintTile = [&](int left, int top) {
-        std::uint32_t words[kColumns][kRows];
-        const int columns = std::min(kColumns, width - left);
-        const int rows = std::min(kRows, height - top);
-        for (int x = 0; x < columns; ++x) {
-            const double* values = field + static_cast<std::size_t>(left + x) * height + top;
-            computeColorsToMem(words[x], values, rows, _colorRangeMin, _colorRangeMax);
-            for (int y = 0; y < rows; ++y)
-                words[x][y] = (values[y] > above) & (values[y] <= 1) ? words[x][y] : 0;
-        }
-        for (int y = 0; y < rows; ++y) {
-            auto* row = bitmap.rowAs<std::uint32_t>(top + y) + left;
-            for (int x = 0; x < columns; ++x)
-                row[x] = words[x][y];
-        }
+    const auto color = [&](std::uint32_t* words, const double* values, int count) {
+        computeColorsToMem(words, values, count, _colorRangeMin, _colorRangeMax);
+        for (int y = 0; y < count; ++y)
+            words[y] = (values[y] > above) & (values[y] <= 1) ? words[y] : 0;
     };
-    const int stripes = (width + kColumns - 1) / kColumns;
-    imaging::parallelRows(0, stripes, 4, [&](int first, int last) {
-        for (int stripe = first; stripe < last; ++stripe)
-            for (int top = 0; top < height; top += kRows)
-                paintTile(stripe * kColumns, top);
-    });
+    const auto put = [&](int x, int y, const std::uint32_t* words, int count) {
+        std::copy_n(words, count, bitmap.rowAs<std::uint32_t>(y) + x);
+    };
+    forFieldTiles(_prefetchBuffer.get(), bitmap.width(), bitmap.height(), color, put);
 }

@@ -1,6 +1,7 @@
 #include "generators/GLIF_SandGlass.h"
 
 #include "generators/ColorSchemes.h"
+#include "generators/FieldTiles.h"
 #include "generators/Random.h"
 #include "platform/foundation/Numbers.h"
 #include "platform/imaging/Parallel.h"
@@ -149,35 +150,18 @@ void GLIF_SandGlass::computeField(PixelSize quarter)
 
 void GLIF_SandGlass::paintQuarters(Bitmap& bitmap, PixelSize quarter) const
 {
-    // As the base paints a field: a few columns at a time, turned into rows.
-    constexpr int kColumns = 16, kRows = 256;
-    const auto height = static_cast<std::size_t>(quarter.height);
-    const auto paintTile = [&](int left, int top) {
-        std::uint32_t words[kColumns][kRows];
-        const int columns = std::min(kColumns, quarter.width - left);
-        const int rows = std::min(kRows, quarter.height - top);
-        for (int x = 0; x < columns; ++x) {
-            double positions[kRows];
-            const double* values = &_prefetchBuffer[(left + x) * height + top];
-            for (int y = 0; y < rows; ++y)
-                positions[y] = values[y] / 255.0;
-            computeColorsToMem(words[x], positions, rows, _colorRangeMin, _colorRangeMax);
-        }
-        for (int y = 0; y < rows; ++y) {
-            const int below = quarter.height + top + y, above = quarter.height - 1 - top - y;
-            for (const int row : {below, above}) {
-                auto* pixels = bitmap.rowAs<std::uint32_t>(row) + quarter.width;
-                for (int x = 0; x < columns; ++x) {
-                    pixels[left + x] = words[x][y];
-                    pixels[-1 - left - x] = words[x][y];
-                }
-            }
+    const auto color = [&](std::uint32_t* words, const double* values, int count) {
+        double positions[kTileRows];
+        for (int y = 0; y < count; ++y)
+            positions[y] = values[y] / 255.0;
+        computeColorsToMem(words, positions, count, _colorRangeMin, _colorRangeMax);
+    };
+    const auto put = [&](int x, int y, const std::uint32_t* words, int count) {
+        for (const int row : {quarter.height + y, quarter.height - 1 - y}) {
+            auto* middle = bitmap.rowAs<std::uint32_t>(row) + quarter.width;
+            std::copy_n(words, count, middle + x);
+            std::reverse_copy(words, words + count, middle - x - count);
         }
     };
-    const int stripes = (quarter.width + kColumns - 1) / kColumns;
-    imaging::parallelRows(0, stripes, 4, [&](int first, int last) {
-        for (int stripe = first; stripe < last; ++stripe)
-            for (int top = 0; top < quarter.height; top += kRows)
-                paintTile(stripe * kColumns, top);
-    });
+    forFieldTiles(_prefetchBuffer.get(), quarter.width, quarter.height, color, put);
 }
