@@ -13,6 +13,7 @@
 #include "generators/GLIF_RadialPlasma.h"
 #include "generators/GLIF_SandGlass.h"
 #include "generators/GLIF_Spiral.h"
+#include "generators/GLIF_Texture.h"
 
 namespace generators {
 
@@ -42,6 +43,7 @@ constexpr Entry kEntries[] = {
     {"GLIF_RadialPlasma", make<GLIF_RadialPlasma>},
     {"GLIF_SandGlass", make<GLIF_SandGlass>},
     {"GLIF_Spiral", make<GLIF_Spiral>},
+    {"GLIF_Texture", make<GLIF_Texture>},
 };
 
 } // namespace
