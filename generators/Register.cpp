@@ -4,6 +4,7 @@
 #include "generators/GLIF_ColourBars.h"
 #include "generators/GLIF_FlashLines.h"
 #include "generators/GLIF_Biomorph.h"
+#include "generators/GLIF_CircleRipples.h"
 #include "generators/GLIF_HilbertCurve.h"
 #include "generators/GLIF_Plasma.h"
 #include "generators/GLIF_Shapes.h"
@@ -34,6 +35,7 @@ constexpr Entry kEntries[] = {
     {"GLIF_ColourBars", make<GLIF_ColourBars>},
     {"GLIF_FlashLines", make<GLIF_FlashLines>},
     {"GLIF_Biomorph", make<GLIF_Biomorph>},
+    {"GLIF_CircleRipples", make<GLIF_CircleRipples>},
     {"GLIF_HilbertCurve", make<GLIF_HilbertCurve>},
     {"GLIF_Plasma", make<GLIF_Plasma>},
     {"GLIF_Shapes", make<GLIF_Shapes>},
