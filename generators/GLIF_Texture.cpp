@@ -34,16 +34,34 @@ int tileCount(int wanted)
     return wanted > -10 && wanted < 10 ? std::abs(wanted) : 9;
 }
 
-// A coordinate that has left 0 … count - 1 by one.
+// A coordinate that has left 0 … count - 1 by less than the count, or by one.
 int wrapped(int at, int count)
 {
     return at < 0 ? at + count : at >= count ? at - count : at;
 }
 
+// Counts by pixel, laid out along the direction in which a walk is quick.
+struct Counts {
+    std::unique_ptr<std::int32_t[]> of;
+    std::ptrdiff_t perColumn = 0, perRow = 0;
+
+    // Null when memory is short.
+    static Counts make(PixelSize tile, int type)
+    {
+        Counts counts;
+        counts.of.reset(new (std::nothrow) std::int32_t[tile.pixels()]());
+        const bool alongRows = type != 0 && type != 1 && type != 3;
+        counts.perColumn = alongRows ? 1 : tile.height;
+        counts.perRow = alongRows ? tile.width : 1;
+        return counts;
+    }
+    std::int32_t& at(int x, int y) const { return of[x * perColumn + y * perRow]; }
+};
+
 // A walk over a tile whose sides meet.
 class Walk {
 public:
-    Walk(std::int32_t* counts, PixelSize tile, int x, int y)
+    Walk(const Counts& counts, PixelSize tile, int x, int y)
         : _counts(counts), _width(tile.width), _height(tile.height), _x(x), _y(y)
     {
     }
@@ -85,7 +103,7 @@ private:
     {
         RandomRun random;
         for (std::int64_t step = 0; step < steps; ++step) {
-            std::int32_t& count = _counts[static_cast<std::ptrdiff_t>(_x) * _height + _y];
+            std::int32_t& count = _counts.at(_x, _y);
             count += random.next() % 5;
             _most = std::max(_most, count);
             move(random);
@@ -100,18 +118,36 @@ private:
         for (int y = 0; y < _height; ++y)
             if (waveLength > 0)
                 drifts[y] = std::sin(static_cast<double>(static_cast<float>(y) / waveLength)) * 3.0;
-        repeat(steps, [this, &drifts](RandomRun& random) {
-            const double drifted = _x + drifts[_y];
-            const double moved = drifted + random.next() % 3 - 1.0 + _width;
-            _x = static_cast<int>(moved) % _width;
-            // Less than 4 wide, and the drift may exceed the width.
-            if (_x < 0)
-                _x += _width;
-            _y = wrapped(_y + random.next() % 3 - 1, _height);
-        });
+
+        // Sums with a drift are rounded and then truncated. Unless a drift is so close to a whole
+        // number that rounding reaches it, that is to go by the whole number below the drift.
+        std::vector<int> wholeDrifts(_height);
+        bool isClear = _width > kFarthestMove;
+        for (int y = 0; y < _height; ++y) {
+            const double below = std::floor(drifts[y]), above = drifts[y] - below;
+            wholeDrifts[y] = static_cast<int>(below);
+            isClear = isClear && (above == 0 || (above > 1e-9 && above < 1 - 1e-9));
+        }
+        if (isClear)
+            repeat(steps, [this, &wholeDrifts](RandomRun& random) {
+                _x = wrapped(_x + wholeDrifts[_y] + random.next() % 3 - 1, _width);
+                _y = wrapped(_y + random.next() % 3 - 1, _height);
+            });
+        else
+            repeat(steps, [this, &drifts](RandomRun& random) {
+                const double drifted = _x + drifts[_y];
+                const double moved = drifted + random.next() % 3 - 1.0 + _width;
+                _x = static_cast<int>(moved) % _width;
+                // In a tile narrower than the drift.
+                if (_x < 0)
+                    _x += _width;
+                _y = wrapped(_y + random.next() % 3 - 1, _height);
+            });
     }
 
-    std::int32_t* _counts; // column by column
+    static constexpr int kFarthestMove = 4;
+
+    const Counts& _counts;
     int _width, _height, _x, _y;
     std::int32_t _most = 0;
 };
@@ -157,16 +193,15 @@ PictureRef GLIF_Texture::textureGeneratorWidthHeight(int width, int height)
 // depends on all before it.
 bool GLIF_Texture::computeField(PixelSize tile, int x, int y)
 {
-    const std::size_t pixels = tile.pixels();
-    const std::unique_ptr<std::int32_t[]> counts(new (std::nothrow) std::int32_t[pixels]());
-    if (!counts || !renewPrefetchBuffer(pixels)) {
+    const Counts counts = Counts::make(tile, _shapesType);
+    if (!counts.of || !renewPrefetchBuffer(tile.pixels())) {
         _preAttr.clear();
         return false;
     }
-    Walk walk(counts.get(), tile, x, y);
+    Walk walk(counts, tile, x, y);
     const int iterations = std::clamp(_nIter, 0, kMostIterations);
-    walk.take(_shapesType,
-              static_cast<std::int64_t>(static_cast<double>(pixels) * iterations / 5.0));
+    const auto pixels = static_cast<double>(tile.pixels());
+    walk.take(_shapesType, static_cast<std::int64_t>(pixels * iterations / 5.0));
     _most = walk.most();
 
     const auto most = static_cast<float>(_most);
@@ -174,8 +209,11 @@ bool GLIF_Texture::computeField(PixelSize tile, int x, int y)
     imaging::parallelRows(0, tile.width, 16, [&](int first, int last) {
         const auto height = static_cast<std::size_t>(tile.height);
         // A walk without a step leaves nothing to divide by: then all values are 0.
-        for (std::size_t i = first * height; i < last * height; ++i)
-            field[i] = _most > 0 ? static_cast<float>(counts[i]) / most : 0;
+        for (std::size_t row = 0; row < height; ++row)
+            for (int column = first; column < last; ++column)
+                field[column * height + row] =
+                    _most > 0 ? static_cast<float>(counts.at(column, static_cast<int>(row))) / most
+                              : 0;
     });
     return true;
 }

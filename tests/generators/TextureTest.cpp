@@ -87,7 +87,8 @@ TEST(RandomRun, GoesOnWhereRandIsAndLeavesItWhereItEnds)
 
 TEST(Texture, CountsTheWalk)
 {
-    const int sizes[][2] = {{37, 52}, {60, 19}, {1, 40}, {3, 61}, {2, 2}, {1, 1}};
+    const int sizes[][2] = {{37, 52}, {60, 19}, {1, 40},  {3, 61},
+                            {2, 2},   {1, 1},   {5, 230}, {4, 25}};
     for (const int type : {0, 1, 2, 3, 4, -1})
         for (const auto& [width, height] : sizes) {
             const auto generator = makeGenerator(kClass);
