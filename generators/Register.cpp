@@ -1,20 +1,20 @@
 // The list of generators: one line each.
 #include "generators/Register.h"
 
-#include "generators/GLIF_ColourBars.h"
-#include "generators/GLIF_FlashLines.h"
 #include "generators/GLIF_Biomorph.h"
 #include "generators/GLIF_CircleRipples.h"
+#include "generators/GLIF_ColourBars.h"
+#include "generators/GLIF_FlashLines.h"
 #include "generators/GLIF_HilbertCurve.h"
 #include "generators/GLIF_Plasma.h"
-#include "generators/GLIF_Shapes.h"
-#include "generators/GLIF_StarField.h"
-#include "generators/GLIF_TwistPolygons.h"
-#include "generators/GLIF_TwistedSquares.h"
 #include "generators/GLIF_RadialPlasma.h"
 #include "generators/GLIF_SandGlass.h"
+#include "generators/GLIF_Shapes.h"
 #include "generators/GLIF_Spiral.h"
+#include "generators/GLIF_StarField.h"
 #include "generators/GLIF_Texture.h"
+#include "generators/GLIF_TwistPolygons.h"
+#include "generators/GLIF_TwistedSquares.h"
 
 namespace generators {
 
@@ -32,20 +32,20 @@ struct Entry {
 };
 
 constexpr Entry kEntries[] = {
-    {"GLIF_ColourBars", make<GLIF_ColourBars>},
-    {"GLIF_FlashLines", make<GLIF_FlashLines>},
     {"GLIF_Biomorph", make<GLIF_Biomorph>},
     {"GLIF_CircleRipples", make<GLIF_CircleRipples>},
+    {"GLIF_ColourBars", make<GLIF_ColourBars>},
+    {"GLIF_FlashLines", make<GLIF_FlashLines>},
     {"GLIF_HilbertCurve", make<GLIF_HilbertCurve>},
     {"GLIF_Plasma", make<GLIF_Plasma>},
-    {"GLIF_Shapes", make<GLIF_Shapes>},
-    {"GLIF_StarField", make<GLIF_StarField>},
-    {"GLIF_TwistPolygons", make<GLIF_TwistPolygons>},
-    {"GLIF_TwistedSquares", make<GLIF_TwistedSquares>},
     {"GLIF_RadialPlasma", make<GLIF_RadialPlasma>},
     {"GLIF_SandGlass", make<GLIF_SandGlass>},
+    {"GLIF_Shapes", make<GLIF_Shapes>},
     {"GLIF_Spiral", make<GLIF_Spiral>},
+    {"GLIF_StarField", make<GLIF_StarField>},
     {"GLIF_Texture", make<GLIF_Texture>},
+    {"GLIF_TwistPolygons", make<GLIF_TwistPolygons>},
+    {"GLIF_TwistedSquares", make<GLIF_TwistedSquares>},
 };
 
 } // namespace
