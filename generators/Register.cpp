@@ -1,11 +1,13 @@
 // The list of generators: one line each.
 #include "generators/Register.h"
 
+#include "generators/GLIF_AbstractLines.h"
 #include "generators/GLIF_Biomorph.h"
 #include "generators/GLIF_CircleRipples.h"
 #include "generators/GLIF_ColourBars.h"
 #include "generators/GLIF_FlashLines.h"
 #include "generators/GLIF_HilbertCurve.h"
+#include "generators/GLIF_Parquet.h"
 #include "generators/GLIF_Plasma.h"
 #include "generators/GLIF_RadialPlasma.h"
 #include "generators/GLIF_SandGlass.h"
@@ -13,6 +15,7 @@
 #include "generators/GLIF_Spiral.h"
 #include "generators/GLIF_StarField.h"
 #include "generators/GLIF_Texture.h"
+#include "generators/GLIF_Triangles.h"
 #include "generators/GLIF_TwistPolygons.h"
 #include "generators/GLIF_TwistedSquares.h"
 
@@ -32,11 +35,13 @@ struct Entry {
 };
 
 constexpr Entry kEntries[] = {
+    {"GLIF_AbstractLines", make<GLIF_AbstractLines>},
     {"GLIF_Biomorph", make<GLIF_Biomorph>},
     {"GLIF_CircleRipples", make<GLIF_CircleRipples>},
     {"GLIF_ColourBars", make<GLIF_ColourBars>},
     {"GLIF_FlashLines", make<GLIF_FlashLines>},
     {"GLIF_HilbertCurve", make<GLIF_HilbertCurve>},
+    {"GLIF_Parquet", make<GLIF_Parquet>},
     {"GLIF_Plasma", make<GLIF_Plasma>},
     {"GLIF_RadialPlasma", make<GLIF_RadialPlasma>},
     {"GLIF_SandGlass", make<GLIF_SandGlass>},
@@ -44,6 +49,7 @@ constexpr Entry kEntries[] = {
     {"GLIF_Spiral", make<GLIF_Spiral>},
     {"GLIF_StarField", make<GLIF_StarField>},
     {"GLIF_Texture", make<GLIF_Texture>},
+    {"GLIF_Triangles", make<GLIF_Triangles>},
     {"GLIF_TwistPolygons", make<GLIF_TwistPolygons>},
     {"GLIF_TwistedSquares", make<GLIF_TwistedSquares>},
 };
