@@ -211,6 +211,23 @@ PictureRef GLIFCoreObject::renderBitmap(PixelSize size,
     return nullptr;
 }
 
+PictureRef GLIFCoreObject::renderBitmap(PixelSize size, const std::function<void(Canvas&)>& draw,
+                                        const std::function<bool(Bitmap&)>& paint)
+{
+    const std::shared_ptr<Bitmap> bitmap = makeBitmap(size);
+    if (!bitmap)
+        return nullptr;
+    try {
+        Canvas canvas({static_cast<double>(size.width), static_cast<double>(size.height)});
+        draw(canvas);
+        if (paint(*bitmap))
+            return drawing::Picture::fromBitmapAndRecording(bitmap, canvas.finish());
+    } catch (const std::bad_alloc&) {
+        // More shapes than memory holds.
+    }
+    return nullptr;
+}
+
 PictureRef GLIFCoreObject::pictureOverBackground(std::shared_ptr<Bitmap> bitmap) const
 {
     if (!bitmap)

@@ -142,6 +142,10 @@ protected:
     PictureRef renderDrawRect(PixelSize size, std::string_view failure);
     // A bitmap picture of what the function draws; it keeps the drawing for vector output.
     PictureRef renderBitmap(PixelSize size, const std::function<void(Canvas&)>& draw) const;
+    // The same with pixels that the second function makes without drawing; they start transparent.
+    // Null when it answers false.
+    PictureRef renderBitmap(PixelSize size, const std::function<void(Canvas&)>& draw,
+                            const std::function<bool(imaging::Bitmap&)>& paint);
     // A bitmap picture of these bytes (RGBA); pixels that are transparent take the background
     // colour, if one is wanted. Every pixel is either opaque or transparent.
     PictureRef pictureOverBackground(std::shared_ptr<imaging::Bitmap> bitmap) const;

@@ -3,9 +3,11 @@
 
 #include "generators/GLIF_AbstractLines.h"
 #include "generators/GLIF_Biomorph.h"
+#include "generators/GLIF_Cafel.h"
 #include "generators/GLIF_CircleRipples.h"
 #include "generators/GLIF_ColourBars.h"
 #include "generators/GLIF_FlashLines.h"
+#include "generators/GLIF_Foam.h"
 #include "generators/GLIF_HilbertCurve.h"
 #include "generators/GLIF_Parquet.h"
 #include "generators/GLIF_Plasma.h"
@@ -37,9 +39,11 @@ struct Entry {
 constexpr Entry kEntries[] = {
     {"GLIF_AbstractLines", make<GLIF_AbstractLines>},
     {"GLIF_Biomorph", make<GLIF_Biomorph>},
+    {"GLIF_Cafel", make<GLIF_Cafel>},
     {"GLIF_CircleRipples", make<GLIF_CircleRipples>},
     {"GLIF_ColourBars", make<GLIF_ColourBars>},
     {"GLIF_FlashLines", make<GLIF_FlashLines>},
+    {"GLIF_Foam", make<GLIF_Foam>},
     {"GLIF_HilbertCurve", make<GLIF_HilbertCurve>},
     {"GLIF_Parquet", make<GLIF_Parquet>},
     {"GLIF_Plasma", make<GLIF_Plasma>},
