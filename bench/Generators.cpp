@@ -5,14 +5,34 @@
 #include "generators/Register.h"
 #include "platform/drawing/Picture.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
 using foundation::Dictionary;
 
+namespace {
+
+// A round brush, soft at the rim, for the generator that prints one.
+drawing::PictureRef roundBrush()
+{
+    constexpr int kSide = 256;
+    auto pixels = imaging::Bitmap::makeClear(kSide, kSide, imaging::PixelFormat::Rgba8);
+    for (int y = 0; pixels && y < kSide; ++y)
+        for (int x = 0; x < kSide; ++x) {
+            const double away = std::hypot(x + 0.5 - kSide / 2, y + 0.5 - kSide / 2) / (kSide / 2);
+            const double alpha = std::clamp(2 * (1 - away), 0.0, 1.0);
+            pixels->rowAs<std::uint8_t>(y)[4 * x + 3] = static_cast<std::uint8_t>(alpha * 255);
+        }
+    return drawing::Picture::fromBitmap(pixels);
+}
+
+} // namespace
+
 int main(int argc, char** argv)
 {
     const bench::Arguments arguments = bench::parse(argc, argv);
+    const drawing::PictureRef brush = roundBrush();
     std::vector<bench::Row> rows;
     for (const int megapixels : arguments.megapixels) {
         const int width = static_cast<int>(std::lround(std::sqrt(megapixels * 1e6 * 4 / 3)));
@@ -21,7 +41,7 @@ int main(int argc, char** argv)
             if (name.find(arguments.pattern) == std::string::npos)
                 continue;
             const auto generator = generators::makeGenerator(name);
-            Dictionary attributes;
+            Dictionary attributes = {{"GLIFBrush", brush}};
             for (const auto& [key, description] : generator->GLIFQueryAttributes())
                 attributes.set(key, (*description.dictionary())["GLIFDefValue"]);
             int seed = 0;

@@ -6,6 +6,7 @@
 #include "generators/GLIF_Cafel.h"
 #include "generators/GLIF_CircleRipples.h"
 #include "generators/GLIF_ColourBars.h"
+#include "generators/GLIF_Dabs.h"
 #include "generators/GLIF_FlashLines.h"
 #include "generators/GLIF_Foam.h"
 #include "generators/GLIF_HilbertCurve.h"
@@ -42,6 +43,7 @@ constexpr Entry kEntries[] = {
     {"GLIF_Cafel", make<GLIF_Cafel>},
     {"GLIF_CircleRipples", make<GLIF_CircleRipples>},
     {"GLIF_ColourBars", make<GLIF_ColourBars>},
+    {"GLIF_Dabs", make<GLIF_Dabs>},
     {"GLIF_FlashLines", make<GLIF_FlashLines>},
     {"GLIF_Foam", make<GLIF_Foam>},
     {"GLIF_HilbertCurve", make<GLIF_HilbertCurve>},

@@ -63,10 +63,23 @@ inline std::vector<foundation::Point> pointsOf(const drawing::Path& path)
     return points;
 }
 
-// What an editor starts with: the described defaults.
+// A small brush of stripes, the same one each time; only dabs look at it.
+inline const PictureRef& stripedBrush()
+{
+    static const PictureRef brush = [] {
+        auto pixels = imaging::Bitmap::makeClear(12, 8, imaging::PixelFormat::Rgba8);
+        for (int y = 0; y < 8; y += 2)
+            for (int x = 0; x < 12; ++x)
+                pixels->rowAs<std::uint8_t>(y)[4 * x + 3] = static_cast<std::uint8_t>(255 - 20 * x);
+        return drawing::Picture::fromBitmap(pixels);
+    }();
+    return brush;
+}
+
+// What an editor starts with: the described defaults, and a brush.
 inline Dictionary defaultsOf(const GLIFCoreObject& generator)
 {
-    Dictionary defaults;
+    Dictionary defaults = {{"GLIFBrush", stripedBrush()}};
     for (const auto& [key, description] : generator.GLIFQueryAttributes())
         if (const auto* value = description.dictionary()->find("GLIFDefValue"))
             defaults.set(key, *value);
