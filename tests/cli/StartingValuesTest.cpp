@@ -1,6 +1,7 @@
 // The values that the editor's controls start with, worked out by hand from catalogue and filters.
 #include "Shell.h"
 
+#include "plugin/Catalogue.h"
 #include "plugin/Recipe.h"
 
 #include <gmock/gmock.h>
