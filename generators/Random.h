@@ -46,7 +46,8 @@ private:
 
     random_data _data = {};
     char* _borrowed = nullptr; // the state of rand
-    char _standIn[kStateBytes], _own[kStateBytes];
+    alignas(std::int32_t) char _standIn[kStateBytes];
+    alignas(std::int32_t) char _own[kStateBytes];
     std::uint64_t _draws = 0;
 #endif
 };
