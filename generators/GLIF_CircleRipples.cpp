@@ -1,17 +1,15 @@
 // Circular waves spread from seeded centres, and what they add up to is coloured. The picture looks
 // the same at every size: lengths are measured by its shorter side.
 //
-//   key               range      default  meaning
-//   GLIFResolution    1 … 20     1        block size in pixels
-//   GLIFSize          1 … 50     8        wavelength, in percent of the shorter side
-//   GLIFKoef          0.25 … 10  1        runs through the colour range from trough to crest
-//   GLIFShapesType    0 … 3      0        0 waves: three to five equal waves, open in the troughs
-//                                         1 rings: the circles of three centres, open where an even
-//                                           number of them lies on top of each other
-//                                         2 drops: sixteen wave trains that die away, open where
-//                                           the water is still
-//                                         3 rosette: five, seven or nine waves from a circle around
-//                                           the middle, open in the troughs
+//   GLIFResolution  block size in pixels
+//   GLIFSize        wavelength, in percent of the shorter side
+//   GLIFKoef        runs through the colour range from trough to crest
+//   GLIFShapesType  0 waves: three to five equal waves, open in the troughs
+//                   1 rings: the circles of three centres, open where an even number of them
+//                     lies on top of each other
+//                   2 drops: sixteen wave trains that die away, open where the water is still
+//                   3 rosette: five, seven or nine waves from a circle around the middle, open in
+//                     the troughs
 //
 // What is open is transparent, or takes the background colour. Draws, the same for every type: one
 // for the number of centres, then for each of sixteen centres one for x, one for y (in fractions of
@@ -43,7 +41,6 @@ constexpr AttributeTable kAttributes = {
 };
 
 using imaging::F;
-using imaging::M;
 
 constexpr int kCenters = 16;
 constexpr float kTurn = 2 * std::numbers::pi_v<float>;
@@ -57,10 +54,10 @@ struct Center {
 
 struct Ripples {
     std::array<Center, kCenters> centers;
-    int count; // how many of them the type uses
-    float wavesPerPixel;
-    float pixelsPerSide; // the shorter one
-    float runs;          // through the colours
+    int count = 0; // how many of them the type uses
+    float wavesPerPixel = 0;
+    float pixelsPerSide = 0; // the shorter one
+    float runs = 0;          // through the colours
 };
 
 F distanceFrom(const Center& center, F x, F y)
