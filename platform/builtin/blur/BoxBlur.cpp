@@ -198,20 +198,24 @@ public:
         if (!block)
             return nullptr;
         if (block->format == PixelBlock::Format::Floats)
-            return rows<float, double, double>(std::move(block), kBitsOfDoubles);
-        // As many as the sum of all bytes under the box leaves of a signed number.
-        const int bits = 31 - static_cast<int>(std::ceil(std::log2(255 * square(_box.side() + 1))));
+            return rows<float, double, double>(std::move(block), bitsOf(kBitsOfDoubles, 1));
+        const int bits = bitsOf(31, 255);
         if (bits < 1)
-            return rows<std::uint8_t, double, double>(std::move(block), kBitsOfDoubles);
+            return rows<std::uint8_t, double, double>(std::move(block), bitsOf(52, 255));
         if (2 * _box.whole + 1 > 65535 / 255)
             return rows<std::uint8_t, std::uint32_t, std::uint32_t>(std::move(block), bits);
         return rows<std::uint8_t, std::uint16_t, std::uint32_t>(std::move(block), bits);
     }
 
 private:
-    static constexpr int kBitsOfDoubles = 12;
+    static constexpr int kBitsOfDoubles = 52 - 24; // less those of the grid
 
-    static double square(double v) { return v * v; }
+    // How many of the bits remain when all pixels under the box have the largest value.
+    int bitsOf(int available, int largest) const
+    {
+        const double side = _box.side() + 1;
+        return available - static_cast<int>(std::ceil(std::log2(largest * side * side)));
+    }
 
     template <class Value, class Sum, class Total>
     EvaluatorRef rows(PixelBlockRef block, int bits) const

@@ -1,11 +1,18 @@
 // The mean along a ray through each pixel, as if the camera had moved toward the centre.
+//
+// The plain sum takes hundreds of samples a pixel. In opaque bytes, all pixels of a small cell that
+// is not too near the centre take as many as the cell's farthest corner does: then a step along the
+// rays scales the whole cell by one factor, its rows come from pairs of rows and its columns lie at
+// the same places in all of them, which whole numbers of 16 bits do many at a time.
 #include "platform/builtin/blur/ZoomBlur.h"
 
 #include "platform/builtin/Inputs.h"
+#include "platform/imaging/ColumnMemory.h"
 #include "platform/imaging/Kernel.h"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace builtin {
 
@@ -44,6 +51,372 @@ struct Zoom {
     }
 };
 
+// Bytes as planes with a margin of nothing, so that columns near the border need no care, and a row
+// of nothing for those beyond it.
+class BytePlanes {
+public:
+    // Of the part of the block that lies in the rectangle.
+    BytePlanes(const PixelBlock& block, const IRect& needed, const RenderContext& context)
+        : _rect(block.rect.intersected(needed)),
+          _stride((_rect.width() + 2 * kMargin + 127) / 128 * 128 + 64),
+          _planeSize(_stride * (_rect.height() + 1)),
+          _memory(static_cast<std::size_t>(_planeSize) * 4 / sizeof(float) + 1)
+    {
+        if (!_memory)
+            return;
+        std::memset(rowAt(_rect.height()), 0, _stride);
+        for (int c = 1; c < 4; ++c)
+            std::memset(rowAt(_rect.height()) + c * _planeSize, 0, _stride);
+        parallelRows(0, _rect.height(), 64, context.threaded(), [&](int first, int last) {
+            for (int y = first; y < last; ++y) {
+                const std::byte* pixels = block.pixel(_rect.left, _rect.bottom + y);
+                for (int c = 0; c < 4; ++c) {
+                    std::uint8_t* row = rowAt(y) + c * _planeSize;
+                    std::memset(row, 0, kMargin);
+                    std::memset(row + kMargin + _rect.width(), 0, kMargin);
+                    for (int x = 0; x < _rect.width(); ++x)
+                        row[kMargin + x] = static_cast<std::uint8_t>(pixels[4 * x + c]);
+                }
+            }
+        });
+    }
+
+    explicit operator bool() const { return bool(_memory); }
+    const IRect& rect() const { return _rect; }
+    std::ptrdiff_t planeSize() const { return _planeSize; }
+
+    // From column 0 of the rectangle's row of that height above its bottom, in the plane of red.
+    const std::uint8_t* row(int y) const
+    {
+        const bool present = y >= 0 && y < _rect.height();
+        return const_cast<BytePlanes*>(this)->rowAt(present ? y : _rect.height()) + kMargin;
+    }
+    // A column of the rectangle, or one in the margin from which only nothing is seen.
+    int column(int x) const
+    {
+        return std::clamp(x - _rect.left, -kMargin, _rect.width() + kMargin - kWindow);
+    }
+
+    static constexpr int kWindow = 16; // that many columns are read from one
+
+private:
+    static constexpr int kMargin = 2 * kWindow;
+
+    std::uint8_t* rowAt(int y)
+    {
+        return reinterpret_cast<std::uint8_t*>(_memory.data()) + y * _stride;
+    }
+
+    IRect _rect;
+    std::ptrdiff_t _stride, _planeSize;
+    FloatBuffer _memory;
+};
+
+// Where 16 neighbouring pixels read a row at one step: of each one's two columns the places,
+// counted from the first of its half, and the weights, in parts of kParts; the left one's in the
+// low byte.
+constexpr int kGroup = 16, kParts = 16;
+struct Columns {
+    int first[2];
+    alignas(32) std::uint16_t places[kGroup], weights[kGroup];
+};
+
+// The pixels' samples of some rows, in parts of kParts, each `stride` numbers after the one before.
+void sampleRows(const Columns& columns, const std::uint8_t* const* rows, int count,
+                std::ptrdiff_t plane, std::int16_t* out, std::ptrdiff_t stride)
+{
+    const std::ptrdiff_t first = plane + columns.first[0], second = plane + columns.first[1];
+#if defined(__AVX2__)
+    const __m256i places = _mm256_load_si256(reinterpret_cast<const __m256i*>(columns.places));
+    const __m256i weights = _mm256_load_si256(reinterpret_cast<const __m256i*>(columns.weights));
+    const auto window = [](const std::uint8_t* p) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    };
+#pragma GCC unroll 4
+    for (int y = 0; y < count; ++y) {
+        const __m256i both = _mm256_inserti128_si256(
+            _mm256_castsi128_si256(window(rows[y] + first)), window(rows[y] + second), 1);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + y * stride),
+                            _mm256_maddubs_epi16(_mm256_shuffle_epi8(both, places), weights));
+    }
+#else
+    for (int y = 0; y < count; ++y)
+        for (int k = 0; k < kGroup; ++k) {
+            const std::uint8_t* p = rows[y] + (k < kGroup / 2 ? first : second);
+            const int place = columns.places[k] & 255, weight = columns.weights[k];
+            out[y * stride + k] =
+                static_cast<std::int16_t>(p[place] * (weight & 255) + p[place + 1] * (weight >> 8));
+        }
+#endif
+}
+
+// Two rows of samples, one above the other, and the part of the upper one in parts of 2^15.
+struct RowPair {
+    const std::int16_t *low, *high;
+    std::int16_t part;
+};
+
+// Adds what lies between the rows of some steps to the sums of pixels.
+constexpr int kStepsAtOnce = 4;
+void addBetween(const RowPair (&pairs)[kStepsAtOnce], int at, std::uint16_t* sums)
+{
+#if defined(__AVX2__)
+    __m256i sum = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(sums));
+    for (const RowPair& p : pairs) {
+        const __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p.low + at));
+        const __m256i high = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p.high + at));
+        const __m256i rise =
+            _mm256_mulhrs_epi16(_mm256_sub_epi16(high, low), _mm256_set1_epi16(p.part));
+        sum = _mm256_add_epi16(sum, _mm256_add_epi16(low, rise));
+    }
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(sums), sum);
+#else
+    for (int k = 0; k < kGroup; ++k) {
+        int sum = sums[k];
+        for (const RowPair& p : pairs) {
+            const int low = p.low[at + k], high = p.high[at + k];
+            sum += low + (((high - low) * p.part + (1 << 14)) >> 15);
+        }
+        sums[k] = static_cast<std::uint16_t>(sum);
+    }
+#endif
+}
+
+// The zoom of opaque bytes, cell by cell.
+class ByteZoom : public Evaluator {
+    static constexpr int kWidth = 128, kHeight = 16; // of a cell
+    static constexpr int kFewest = 64;               // samples, for which the count may be shared
+
+public:
+    // Eight pixels must find their columns in one window.
+    static bool serves(const Vector& center, double kappa)
+    {
+        return std::abs(center.x) < 1e6 && std::abs(center.y) < 1e6 && std::exp(-kappa) < 1.8;
+    }
+    static EvaluatorRef make(PixelBlockRef block, const IRect& extent, const IRect& region,
+                             const IRect& needed, const Vector& center, double kappa,
+                             const RenderContext& context)
+    {
+        BytePlanes planes(*block, needed, context);
+        if (!planes || context.stopped())
+            return nullptr;
+        return std::make_shared<ByteZoom>(std::move(block), extent, region, std::move(planes),
+                                          center, kappa);
+    }
+
+    ByteZoom(PixelBlockRef block, const IRect& extent, const IRect& region, BytePlanes planes,
+             const Vector& center, double kappa)
+        : _block(std::move(block)), _extent(extent), _region(region),
+          _planes(std::move(planes)), _center{center.x, center.y}, _kappa(kappa),
+          _plain(center, kappa)
+    {
+        for (int n = 1; n <= kMostSamples; ++n)
+            for (int i = 0; i < n; ++i)
+                _factors.push_back(std::exp(-kappa * (i + 0.5) / n));
+    }
+
+    void row(const Span& span, const Strip& out) const override
+    {
+        constexpr int kNowhere = std::numeric_limits<int>::min();
+        Band& band = _memory.of(span, [](Band& fresh) { fresh.bottom = kNowhere; });
+        const int bottom = span.y & ~(kHeight - 1);
+        if (band.bottom != bottom) {
+            band.bottom = bottom;
+            band.floats.resize(std::size_t{4} * kHeight * kStripWidth);
+            const int firstRow = std::max(bottom, _region.bottom);
+            const int lastRow = std::min(bottom + kHeight, _region.top);
+            for (int x = span.x & ~(kWidth - 1); x < span.x + span.count; x += kWidth)
+                fillCell(band, {x, firstRow, x + kWidth, lastRow}, span);
+        }
+        const int begin = span.x - span.anchor();
+        float* const planes[] = {out.r, out.g, out.b, out.a};
+        for (int c = 0; c < 4; ++c)
+            std::copy_n(band.at(c, span.y - bottom) + begin, span.count, planes[c]);
+    }
+
+private:
+    // The rows that one height of cells has in a strip.
+    struct Band {
+        int bottom;
+        std::vector<float> floats;
+
+        float* at(int channel, int row)
+        {
+            return floats.data() + (std::ptrdiff_t{channel} * kHeight + row) * kStripWidth;
+        }
+    };
+
+    int samplesAt(double x, double y) const
+    {
+        const double length = std::abs(1 - std::exp(-_kappa)) * std::hypot(x, y);
+        return static_cast<int>(std::clamp(std::ceil(length), 1.0, double{kMostSamples}));
+    }
+
+    void fillCell(Band& band, const IRect& cell, const Span& span) const
+    {
+        // The whole cell's nearest and farthest point, whatever part of it is wanted.
+        const auto nearest = [](double low, double high) {
+            return low > 0 ? low : high < 0 ? -high : 0;
+        };
+        const double left = cell.left - _center.x, low = band.bottom - _center.y;
+        const double right = left + kWidth, high = low + kHeight;
+        const int fewest = samplesAt(nearest(left, right), nearest(low, high));
+        const int most = samplesAt(std::max(-left, right), std::max(-low, high));
+        if (fewest >= kFewest)
+            fillShared(band, cell, most);
+        else
+            fillPlainly(band, cell, span);
+    }
+
+    void fillPlainly(Band& band, const IRect& cell, const Span& span) const
+    {
+        const int first = std::max(cell.left, span.x);
+        const int last = std::min(cell.right, span.x + span.count);
+        const ByteSampler sampler(*_block, _extent);
+        StripBuffer buffer;
+        const Strip strip = buffer.strip();
+        for (int y = cell.bottom; y < cell.top; ++y) {
+            const Span part{first, y, last - first};
+            for (int i = 0; i < part.count; i += kLanes)
+                storePx(strip, i, _plain(sampler, pixelCenters(part, i)));
+            const float* const planes[] = {strip.r, strip.g, strip.b, strip.a};
+            for (int c = 0; c < 4; ++c)
+                std::copy_n(planes[c], part.count,
+                            band.at(c, y - band.bottom) + first - span.anchor());
+        }
+    }
+
+    void fillShared(Band& band, const IRect& cell, int samples) const
+    {
+        constexpr int kGroups = kWidth / kGroup;
+        const double* factors = _factors.data() + samples * (samples - 1) / 2;
+        const IRect whole{cell.left, band.bottom, cell.right, band.bottom + kHeight};
+        const int channels = seesOnlyPixels(whole) ? 3 : 4;
+        alignas(32) std::uint16_t sums[kHeight][4][kWidth] = {};
+        alignas(32) std::uint32_t totals[kHeight][4][kWidth] = {};
+        // A step moves the cell's rows apart by less than two.
+        alignas(32) std::int16_t samplesOf[kStepsAtOnce][2 * kHeight + 2][kWidth];
+        static constexpr std::int16_t kNothing[kWidth] = {};
+        RowPair pairs[kHeight][kStepsAtOnce];
+        const std::uint8_t* sources[kStepsAtOnce][2 * kHeight + 2];
+        int counts[kStepsAtOnce];
+        Columns columns[kStepsAtOnce][kGroups];
+        for (int i = 0; i < samples; i += kStepsAtOnce) {
+            const int steps = std::min(kStepsAtOnce, samples - i);
+            for (int s = 0; s < steps; ++s) {
+                const double factor = factors[i + s];
+                place(fixed(readAt(_center.x, cell.left, factor)), fixed(factor), i + s,
+                      columns[s]);
+                const std::int64_t bottom = fixed(readAt(_center.y, band.bottom, factor));
+                const auto rowOf = [&](int y) {
+                    return bottom + fixed(factor) * (y - band.bottom);
+                };
+                const auto start = static_cast<int>(rowOf(cell.bottom) >> 32);
+                for (int y = cell.bottom; y < cell.top; ++y) {
+                    const std::int64_t at = rowOf(y);
+                    const std::int16_t* low = samplesOf[s][static_cast<int>(at >> 32) - start];
+                    pairs[y - cell.bottom][s] = {low, low + kWidth,
+                                                 static_cast<std::int16_t>(at >> 17 & 0x7fff)};
+                    counts[s] = static_cast<int>(at >> 32) - start + 2;
+                }
+                const int first = start - _planes.rect().bottom;
+                for (int y = 0; y < counts[s]; ++y)
+                    sources[s][y] = _planes.row(first + y);
+            }
+            for (int s = steps; s < kStepsAtOnce; ++s)
+                for (RowPair(&pair)[kStepsAtOnce] : pairs)
+                    pair[s] = {kNothing, kNothing, 0};
+            for (int c = 0; c < channels; ++c) {
+                for (int s = 0; s < steps; ++s)
+                    for (int g = 0; g < kGroups; ++g)
+                        sampleRows(columns[s][g], sources[s], counts[s], c * _planes.planeSize(),
+                                   samplesOf[s][0] + g * kGroup, kWidth);
+                for (int y = 0; y < cell.height(); ++y)
+                    for (int g = 0; g < kGroups; ++g)
+                        addBetween(pairs[y], g * kGroup, sums[y][c] + g * kGroup);
+            }
+            // 16 bits hold the sum of so many steps.
+            if ((i + kStepsAtOnce) % (65535 / (255 * kParts)) == 0 || i + steps == samples)
+                for (int y = 0; y < cell.height(); ++y)
+                    for (int c = 0; c < channels; ++c)
+                        for (int x = 0; x < kWidth; ++x) {
+                            totals[y][c][x] += sums[y][c][x];
+                            sums[y][c][x] = 0;
+                        }
+        }
+        const float scale = 1 / (255.0f * kParts * static_cast<float>(samples));
+        const int begin = cell.left & (kStripWidth - 1);
+        for (int y = cell.bottom; y < cell.top; ++y)
+            for (int c = 0; c < 4; ++c) {
+                float* out = band.at(c, y - band.bottom) + begin;
+                if (c >= channels) {
+                    std::fill_n(out, kWidth, 1.0f);
+                    continue;
+                }
+                for (int x = 0; x < kWidth; ++x)
+                    out[x] = static_cast<float>(totals[y - cell.bottom][c][x]) * scale;
+            }
+    }
+
+    // Whether no sample of the cell reads beyond the picture's border.
+    bool seesOnlyPixels(const IRect& cell) const
+    {
+        const double ends[] = {1, std::exp(-_kappa)};
+        for (const double e : ends) {
+            const Rect r = Rect::fromEdges(
+                _center.x + (cell.left - _center.x) * e, _center.y + (cell.bottom - _center.y) * e,
+                _center.x + (cell.right - _center.x) * e, _center.y + (cell.top - _center.y) * e);
+            if (!_extent.contains(IRect::around(r).grown(1, 1)))
+                return false;
+        }
+        return true;
+    }
+
+    // Where the middle of a row or column reads at a step, from the middle of the first one.
+    static double readAt(double center, int place, double factor)
+    {
+        return center + (place + 0.5 - center) * factor - 0.5;
+    }
+    // With 32 binary places.
+    static std::int64_t fixed(double v)
+    {
+        return static_cast<std::int64_t>(std::floor(v * 0x1p32));
+    }
+
+    // The columns of a cell's pixels at a step, the first of them, and the distance from one to the
+    // next. Rounding them up and down in turns keeps the mean of all steps in place.
+    void place(std::int64_t at, std::int64_t distance, int step, Columns* groups) const
+    {
+        constexpr unsigned kOne = 1 << 16;
+        constexpr int kHalf = kGroup / 2;
+        const unsigned turn = static_cast<unsigned>(step) * 0x9e3779b1u >> 20; // of kOne / kParts
+        const auto increment = static_cast<unsigned>(distance >> 16);
+        for (int x = 0; x < kWidth; x += kHalf) {
+            Columns& columns = groups[x / kGroup];
+            const int half = x / kHalf % 2;
+            columns.first[half] = _planes.column(static_cast<int>(at >> 32));
+            const unsigned start = static_cast<unsigned>(at >> 16) % kOne;
+            for (unsigned k = 0; k < kHalf; ++k) {
+                const unsigned position = start + k * increment;
+                const unsigned place = position / kOne;
+                const unsigned part = (position % kOne + turn) / (kOne / kParts);
+                columns.places[half * kHalf + k] = static_cast<std::uint16_t>(place * 257 + 256);
+                columns.weights[half * kHalf + k] = static_cast<std::uint16_t>(kParts + part * 255);
+            }
+            at += distance * kHalf;
+        }
+    }
+
+    PixelBlockRef _block;
+    IRect _extent, _region;
+    BytePlanes _planes;
+    Point _center;
+    double _kappa;
+    Zoom _plain;
+    std::vector<double> _factors; // of all steps, for each number of them
+    ColumnMemory<Band> _memory;
+};
+
 // A rectangle and what becomes of it when it is scaled about the centre.
 Rect swept(const Rect& r, const Vector& center, double scale)
 {
@@ -52,6 +425,35 @@ Rect swept(const Rect& r, const Vector& center, double scale)
     return Rect::fromEdges(low(r.x, center.x), low(r.y, center.y), high(r.right(), center.x),
                            high(r.top(), center.y));
 }
+
+class ZoomNode : public Node {
+public:
+    ZoomNode(Image input, const Vector& center, double kappa, const IRect& extent)
+        : Node(extent), _input(std::move(input)), _center(center), _kappa(kappa),
+          _plain(warp(_input, extent.rect(),
+                      Reach::of([=](const Rect& r) { return swept(r, center, std::exp(-kappa)); }),
+                      Zoom(center, kappa)))
+    {
+    }
+
+    EvaluatorRef prepare(const IRect& region, RenderContext& context) const override
+    {
+        const PixelBlockRef block = _input.node()->pixels();
+        if (!block || block->format != PixelBlock::Format::OpaqueBytes ||
+            !ByteZoom::serves(_center, _kappa))
+            return _plain.node()->prepare(region, context);
+        const IRect needed =
+            IRect::around(swept(region.rect(), _center, std::exp(-_kappa))).grown(1, 1);
+        return ByteZoom::make(block, _input.node()->extent(), region, needed, _center, _kappa,
+                              context);
+    }
+
+private:
+    Image _input;
+    Vector _center;
+    double _kappa;
+    Image _plain;
+};
 
 } // namespace
 
@@ -75,9 +477,7 @@ Image ZoomBlur::outputImage() const
     const Rect extent = inputImage.extent().isInfinite()
                             ? Rect::infinite()
                             : swept(inputImage.extent(), inputCenter, std::exp(kappa));
-    const Reach reach = Reach::of(
-        [c = inputCenter, kappa](const Rect& r) { return swept(r, c, std::exp(-kappa)); });
-    return warp(inputImage, extent, reach, Zoom(inputCenter, kappa));
+    return Image(std::make_shared<ZoomNode>(inputImage, inputCenter, kappa, IRect::around(extent)));
 }
 
 } // namespace builtin
