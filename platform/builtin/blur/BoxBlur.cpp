@@ -43,7 +43,7 @@ struct Box {
 template <class Value, class Sum, class Total>
 class BoxRows : public Evaluator {
     static constexpr bool kWhole = std::is_integral_v<Total>;
-    static constexpr int kReading = kWhole ? 255 : 1; // how much 1 is
+    static constexpr int kReading = std::is_integral_v<Value> ? 255 : 1; // how much 1 is
 
 public:
     // Rows of sums with `bits` binary places for the part of the outermost pixels.
@@ -198,16 +198,19 @@ public:
         if (!block)
             return nullptr;
         if (block->format == PixelBlock::Format::Floats)
-            return rows<float, double, double>(std::move(block), bitsOf(kBitsOfDoubles, 1));
+            return rows<float, double, double>(std::move(block),
+                                               std::max(kFewestBits, bitsOf(kBitsOfDoubles, 1)));
         const int bits = bitsOf(31, 255);
         if (bits < 1)
-            return rows<std::uint8_t, double, double>(std::move(block), bitsOf(52, 255));
+            return rows<std::uint8_t, double, double>(std::move(block), kFewestBits);
         if (2 * _box.whole + 1 > 65535 / 255)
             return rows<std::uint8_t, std::uint32_t, std::uint32_t>(std::move(block), bits);
         return rows<std::uint8_t, std::uint16_t, std::uint32_t>(std::move(block), bits);
     }
 
 private:
+    // Wider sums of doubles are not exact to the last bit.
+    static constexpr int kFewestBits = 12;
     static constexpr int kBitsOfDoubles = 52 - 24; // less those of the grid
 
     // How many of the bits remain when all pixels under the box have the largest value.

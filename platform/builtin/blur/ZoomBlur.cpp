@@ -185,7 +185,6 @@ void addBetween(const RowPair (&pairs)[kStepsAtOnce], int at, std::uint16_t* sum
 // The zoom of opaque bytes, cell by cell.
 class ByteZoom : public Evaluator {
     static constexpr int kWidth = 128, kHeight = 16; // of a cell
-    static constexpr int kFewest = 64;               // samples, for which the count may be shared
 
 public:
     // Eight pixels must find their columns in one window.
@@ -210,6 +209,10 @@ public:
           _planes(std::move(planes)), _center{center.x, center.y}, _kappa(kappa),
           _plain(center, kappa)
     {
+        // The fewest samples a pixel may have where others decide about their number: it shows as
+        // the square of the widest gap between them, unless all have the most there are.
+        const double gap = kappa * std::max(1.0, std::exp(-kappa)) / (1 - std::exp(-kappa));
+        _fewest = static_cast<int>(std::min(64 * gap * gap, double{kMostSamples}));
         for (int n = 1; n <= kMostSamples; ++n)
             for (int i = 0; i < n; ++i)
                 _factors.push_back(std::exp(-kappa * (i + 0.5) / n));
@@ -262,7 +265,7 @@ private:
         const double right = left + kWidth, high = low + kHeight;
         const int fewest = samplesAt(nearest(left, right), nearest(low, high));
         const int most = samplesAt(std::max(-left, right), std::max(-low, high));
-        if (fewest >= kFewest)
+        if (fewest >= _fewest)
             fillShared(band, cell, most);
         else
             fillPlainly(band, cell, span);
@@ -412,6 +415,7 @@ private:
     BytePlanes _planes;
     Point _center;
     double _kappa;
+    int _fewest;
     Zoom _plain;
     std::vector<double> _factors; // of all steps, for each number of them
     ColumnMemory<Band> _memory;
