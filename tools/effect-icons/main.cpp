@@ -1,5 +1,5 @@
-// effect-icons SAMPLES FOLDER: a thumbnail under every icon name of both catalogues, made by the
-// effect itself: FOLDER/<name>.tif of 32 pixels and FOLDER/<name>@2x.tif of 64.
+// effect-icons FOLDER: a thumbnail under every icon name of both catalogues, made by the effect
+// itself on a scene of few bold shapes: FOLDER/<name>.tif of 32 pixels, FOLDER/<name>@2x.tif of 64.
 #include "platform/codecs/Codecs.h"
 #include "platform/drawing/Picture.h"
 #include "platform/imaging/Renderer.h"
@@ -8,6 +8,7 @@
 #include "plugin/StartingValues.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -19,6 +20,7 @@ namespace {
 
 using drawing::Picture;
 using drawing::PictureRef;
+using foundation::Color;
 using foundation::Dictionary;
 using foundation::Value;
 using foundation::Vector;
@@ -34,6 +36,10 @@ constexpr int kWorking = 192;
 const std::map<std::string, Dictionary>& tellingValues()
 {
     static const std::map<std::string, Dictionary> all = {
+        {"CIWhitePointAdjust", {{"inputColor", Color{1, 0.8f, 0.5f, 1}}}},
+        {"CIGlassDistortion", {{"inputScale", 300.0}}},
+        {"CIFShadingFilter", {{"inputScale", 8.0}, {"inputRadius", 8.0}}},
+        {"CIUnsharpMask", {{"inputRadius", 12.0}, {"inputIntensity", 1.0}}},
         {"CIColorPosterize", {{"inputLevels", 3.0}}},
         {"CIGaussianBlur", {{"inputRadius", 9.0}}},
         {"CIBumpDistortion", {{"inputRadius", 90.0}, {"inputScale", 0.8}}},
@@ -43,7 +49,8 @@ const std::map<std::string, Dictionary>& tellingValues()
         {"CIPinchDistortion", {{"inputRadius", 95.0}, {"inputScale", 1.0}}},
         {"CITwirlDistortion", {{"inputRadius", 95.0}, {"inputAngle", 3.5}}},
         {"CIVortexDistortion", {{"inputRadius", 95.0}}},
-        {"CITorusLensDistortion", {{"inputRadius", 85.0}, {"inputWidth", 55.0}}},
+        {"CITorusLensDistortion",
+         {{"inputRadius", 90.0}, {"inputWidth", 70.0}, {"inputRefraction", 3.0}}},
         {"CICircularWrap", {{"inputRadius", 30.0}}},
         {"CIPageCurlTransition",
          {{"inputTime", 0.45}, {"inputAngle", -0.7}, {"inputRadius", 40.0}}},
@@ -71,6 +78,66 @@ const std::map<std::string, Dictionary>& tellingValues()
         {"GLIF_HilbertCurve", {{"GLIFCurveRange", 4}}},
     };
     return all;
+}
+
+// A house with a red roof before mountains, under the sun: a position in a square of side 1, y up,
+// to its colour.
+Color sceneAt(double x, double y)
+{
+    const auto mixed = [](Color a, Color b, double t) {
+        const auto f = static_cast<float>(t);
+        return Color::rgb(a.red + (b.red - a.red) * f, a.green + (b.green - a.green) * f,
+                          a.blue + (b.blue - a.blue) * f, 1);
+    };
+    const auto within = [](double v, double low, double high) { return v >= low && v < high; };
+    // The house stands in front of all.
+    const double across = std::abs(x - 0.46);
+    if (y >= 0.5 && y < 0.74 - 0.75 * across)
+        return {0.86f, 0.2f, 0.13f, 1};
+    if (within(y, 0.2, 0.5) && across < 0.25) {
+        if (within(x, 0.54, 0.64) && within(y, 0.33, 0.44))
+            return {0.16f, 0.35f, 0.72f, 1};
+        if (within(x, 0.3, 0.41) && y < 0.4)
+            return {0.42f, 0.24f, 0.12f, 1};
+        return x < 0.5 ? Color{0.99f, 0.95f, 0.84f, 1} : Color{0.93f, 0.87f, 0.74f, 1};
+    }
+    // The meadow, with flowers.
+    const double meadow = 0.3 + 0.06 * std::sin(5 * x + 0.6);
+    if (y < meadow) {
+        const double row = std::floor(y / 0.07);
+        const double u = x / 0.11 + 0.5 * std::fmod(row, 2), v = y / 0.07;
+        if (y < 0.17 && std::hypot(u - std::floor(u) - 0.5, 0.64 * (v - row - 0.5)) < 0.17)
+            return std::fmod(std::floor(u) + row, 3) == 0 ? Color{0.98f, 0.35f, 0.55f, 1}
+                                                          : Color{1, 0.95f, 0.4f, 1};
+        return mixed({0.22f, 0.5f, 0.12f, 1}, {0.55f, 0.8f, 0.25f, 1}, y / meadow);
+    }
+    if (std::hypot(x - 0.83, y - 0.82) < 0.1)
+        return {1, 0.84f, 0.15f, 1};
+    const double ridge = std::max(0.78 - 1.1 * std::abs(x - 0.1), 0.68 - 0.9 * std::abs(x - 0.85));
+    if (y < ridge)
+        return y > 0.6 ? Color::white() : Color{0.45f, 0.47f, 0.66f, 1};
+    return mixed({0.78f, 0.91f, 1, 1}, {0.2f, 0.5f, 0.93f, 1}, y);
+}
+
+PictureRef scene()
+{
+    constexpr int kSamples = 4; // a side of each pixel
+    const auto bitmap = Bitmap::make(kWorking, kWorking, PixelFormat::Rgba8);
+    for (int y = 0; y < kWorking; ++y)
+        for (int x = 0; x < kWorking; ++x) {
+            double sum[3] = {};
+            for (int sub = 0; sub < kSamples * kSamples; ++sub) {
+                const double u = x + (sub % kSamples + 0.5) / kSamples;
+                const double v = kWorking - y - (sub / kSamples + 0.5) / kSamples;
+                const Color c = sceneAt(u / kWorking, v / kWorking);
+                sum[0] += c.red, sum[1] += c.green, sum[2] += c.blue;
+            }
+            std::byte* const p = bitmap->row(y) + 4 * x;
+            for (int c = 0; c < 3; ++c)
+                p[c] = static_cast<std::byte>(std::lround(255 * sum[c] / (kSamples * kSamples)));
+            p[3] = std::byte{255};
+        }
+    return Picture::fromBitmap(bitmap);
 }
 
 std::shared_ptr<Bitmap> pixelsOf(const PictureRef& picture, int side)
@@ -126,6 +193,10 @@ PictureRef made(CIFMain& main, const std::string& identifier, const PictureRef& 
     if (const auto found = tellingValues().find(identifier); found != tellingValues().end())
         for (const auto& [key, value] : found->second)
             values.set(key, value);
+    if (identifier == "CIGlassDistortion")
+        values.set("CIFinputTexture", main.CIFGlassTextureWithName("Lenses"));
+    if (identifier == "CIFShadingFilter")
+        values.set("CIFinputShadingImage", main.CIFShadingMaterialWithName("Gold"));
     if (!entry->isGenerator)
         return main.CIFApplyFilterAttributesForImage(identifier, values, source);
     values.set("GLIFRandomSeed", 7);
@@ -158,21 +229,12 @@ bool write(const std::shared_ptr<Bitmap>& pixels, const std::filesystem::path& f
 
 int main(int count, char** arguments)
 {
-    if (count != 3) {
-        std::fprintf(stderr, "usage: effect-icons SAMPLES FOLDER\n");
+    if (count != 2) {
+        std::fprintf(stderr, "usage: effect-icons FOLDER\n");
         return 2;
     }
-    const std::filesystem::path folder = arguments[2];
-    const auto sample = codecs::readPicture(std::filesystem::path(arguments[1]) / "sample.png");
-    if (!sample) {
-        std::fprintf(stderr, "effect-icons: %s\n", sample.error().c_str());
-        return 1;
-    }
-    // The part with the house, the chart and the balls, at half size.
-    const PictureRef source = Picture::fromBitmap(pixelsOf(
-        Picture::fromBitmap(imaging::render(imaging::Image::fromBitmap((*sample)->bitmap()),
-                                            {250, 20, 384, 384}, PixelFormat::Rgba8)),
-        kWorking));
+    const std::filesystem::path folder = arguments[1];
+    const PictureRef source = scene();
 
     CIFMain main;
     std::map<std::string, std::vector<std::string>> sharing; // identifiers by icon name
