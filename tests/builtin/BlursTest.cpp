@@ -6,6 +6,7 @@
 #include "platform/imaging/Kernel.h"
 
 #include <cmath>
+#include <cstring>
 
 using namespace support;
 using foundation::Vector;
@@ -159,6 +160,7 @@ TEST(BoxBlur, IsTheMeanOfASquare)
 {
     for (const double radius : {0.3, 1.0, 2.5, 10.0, 33.25, 130.0, 300.5, 2100.0}) {
         const int reach = int(radius) + 1;
+        SCOPED_TRACE(radius);
         const auto weight = [&](int k) { return std::abs(k) < reach ? 1 : radius - int(radius); };
         expectDefinition(
             "CIBoxBlur", {{"inputRadius", radius}}, 3e-6, [&](const Plane& plane, int x, int y) {
@@ -247,6 +249,34 @@ TEST(Blurs, KeepAFlatPictureFlat)
     expectFlat("CISharpenLuminance", {});
     expectFlat("CIBloom", {});
     expectFlat("CIGloom", {});
+}
+
+TEST(Blurs, OfTilesAreTilesOfTheWhole)
+{
+    const Image wide = Image::fromBitmap(busy(1100, 90, true), -283, 41);
+    const Image soft = Image::fromBitmap(busy(1100, 90, false), -283, 41);
+    const std::pair<const char*, Dictionary> cases[] = {
+        {"CIBoxBlur", {{"inputRadius", 250.5}}},
+        {"CIDiscBlur", {{"inputRadius", 20.25}}},
+        {"CIMotionBlur", {{"inputRadius", 30}, {"inputAngle", 0.7}}},
+        {"CIZoomBlur", {{"inputCenter", Vector(-900, 200)}, {"inputAmount", 30}}},
+        {"CISharpenLuminance", {}},
+    };
+    for (const Image& picture : {wide, soft})
+        for (auto [filter, inputs] : cases) {
+            inputs.set("inputImage", picture.node());
+            const Image out = outputOf(filter, nullptr, inputs);
+            const BitmapRef whole = render(out, {-283, 41, 1100, 90});
+            for (const Rect& tile : {Rect{-280, 50, 400, 17}, Rect{100, 99, 650, 32}}) {
+                const BitmapRef part = render(out, tile);
+                const int dx = int(tile.x) + 283, dy = int(131 - tile.top());
+                for (int y = 0; y < part->height(); ++y)
+                    ASSERT_EQ(
+                        std::memcmp(part->row(y), whole->row(dy + y) + 16 * dx, 16 * part->width()),
+                        0)
+                        << filter << ", row " << y << " of the tile at " << tile.x;
+            }
+        }
 }
 
 TEST(Blurs, GrowTheExtentAsFarAsTheyReach)

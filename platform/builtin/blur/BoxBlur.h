@@ -5,6 +5,11 @@
 
 namespace builtin {
 
+// The mean of a rectangle of 2·across + 1 by 2·up + 1 pixels around each one, transparent beyond
+// the border; the extent grows by as much. Radii are limited to 10 000; below 0 and not-a-number
+// count as 0.
+imaging::Image boxMean(const imaging::Image& image, double across, double up);
+
 class BoxBlur : public imaging::Filter {
 public:
     static void initialize(imaging::FilterRegistry& registry);

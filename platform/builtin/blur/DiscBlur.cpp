@@ -190,7 +190,6 @@ public:
 
     void row(const Span& span, const Strip& out) const override
     {
-        const IRect& r = _block->rect;
         const int reach = _disc.reach;
         Ring& ring = _memory.of(span, [&](Ring& fresh) {
             fresh.y.assign(2 * reach + 1, std::numeric_limits<int>::min());
@@ -221,22 +220,13 @@ public:
                     s.rim.push_back(ring.values.data() + offset + reach + dx);
             s.groups.push_back({g.weight, s.rim.size()});
         }
-        // In the middle of the picture alpha is 1 and not nearly so.
-        const bool inside = r.contains(
-            {span.x - reach, span.y - reach, span.x + span.count + reach, span.y + reach + 1});
+        const bool inside = liesInside(*_block, span, reach, reach);
         const std::ptrdiff_t stride = strideFor(span.count);
-        for (int i = 0; i < span.count; i += 2 * kLanes) {
-            sum(s, i, span.count, out.r);
-            sum(s, i + stride, span.count + stride, out.g - stride);
-            sum(s, i + 2 * stride, span.count + 2 * stride, out.b - 2 * stride);
-            if (!inside) {
-                sum(s, i + 3 * stride, span.count + 3 * stride, out.a - 3 * stride);
-            } else {
-                store(out.a + i, 1.0f);
-                if (i + kLanes < span.count)
-                    store(out.a + i + kLanes, 1.0f);
-            }
-        }
+        float* const planes[] = {out.r, out.g, out.b, out.a};
+        for (int i = 0; i < span.count; i += 2 * kLanes)
+            for (int c = 0; c < (inside ? 3 : 4); ++c)
+                sum(s, c * stride, i, span.count, planes[c]);
+        makeOpaque(*_block, span, reach, reach, out);
     }
 
 private:
@@ -297,12 +287,12 @@ private:
         return offset;
     }
 
-    void sum(const Sources& s, std::ptrdiff_t i, std::ptrdiff_t count, float* out) const
+    void sum(const Sources& s, std::ptrdiff_t plane, int i, int count, float* out) const
     {
         typedef std::uint16_t Words __attribute__((vector_size(4 * kLanes)));
-        const auto at = [i](const auto* p) {
+        const auto at = [first = plane + i](const auto* p) {
             Words w;
-            std::memcpy(&w, p + i, sizeof w);
+            std::memcpy(&w, p + first, sizeof w);
             return w;
         };
         // Words with an even place and those with an odd one.

@@ -5,6 +5,7 @@
 #include "platform/builtin/blur/MotionBlur.h"
 
 #include "platform/builtin/Inputs.h"
+#include "platform/builtin/blur/BoxBlur.h"
 #include "platform/builtin/blur/Extent.h"
 #include "platform/builtin/blur/Taps.h"
 #include "platform/imaging/ColumnMemory.h"
@@ -108,9 +109,7 @@ public:
     void row(const Span& span, const Strip& out) const override
     {
         const IRect& r = _block->rect;
-        // In the middle of the picture alpha is 1 and not nearly so.
-        const bool inside = r.contains({span.x - _reachX, span.y - _reachY,
-                                        span.x + span.count + _reachX, span.y + _reachY + 1});
+        const bool inside = liesInside(*_block, span, _reachX, _reachY);
         Ring& ring = _memory.of(span, [&](Ring& fresh) {
             fresh.y.assign(2 * _reachY + 1, std::numeric_limits<int>::min());
             fresh.words.resize(fresh.y.size() * 4 * strideFor(span.count));
@@ -131,6 +130,7 @@ public:
         const std::ptrdiff_t stride = strideFor(span.count);
         for (int i = 0; i < span.count; i += 2 * kLanes)
             sum(sources, i, span.count, stride, !inside, out);
+        makeOpaque(*_block, span, _reachX, _reachY, out);
     }
 
 private:
@@ -179,12 +179,8 @@ private:
         put(r0, r1, i, count, out.r);
         put(g0, g1, i, count, out.g);
         put(b0, b1, i, count, out.b);
-        if (!withAlpha) {
-            store(out.a + i, 1.0f);
-            if (i + kLanes < count)
-                store(out.a + i + kLanes, 1.0f);
+        if (!withAlpha)
             return;
-        }
         I a0 = 0, a1 = 0;
         for (const Source& s : sources) {
             const std::int16_t* a = s.words + i + 3 * stride;
@@ -212,8 +208,8 @@ private:
 
 class MotionNode : public Node {
 public:
-    MotionNode(Image input, double radius, double angle, const IRect& extent)
-        : Node(extent), _input(std::move(input)), _taps(tapsAlong(radius, angle))
+    MotionNode(Image input, std::vector<Tap> taps, const IRect& extent)
+        : Node(extent), _input(std::move(input)), _taps(std::move(taps))
     {
         for (const Tap& t : _taps) {
             _reachX = std::max(_reachX, std::abs(t.dx));
@@ -262,8 +258,13 @@ Image MotionBlur::outputImage() const
     const auto margin = [&](double part) {
         return static_cast<int>(std::ceil(radius * std::abs(part) - 1e-9));
     };
+    std::vector<Tap> taps = tapsAlong(radius, angle);
+    // Along a row or a column, by whole pixels.
+    const Tap& end = taps.back();
+    if ((end.dx == 0 || end.dy == 0) && end.dx + end.dy == radius)
+        return boxMean(inputImage, end.dx, end.dy);
     return Image(std::make_shared<MotionNode>(
-        inputImage, radius, angle,
+        inputImage, std::move(taps),
         grownExtent(inputImage, margin(std::cos(angle)), margin(std::sin(angle)))));
 }
 
