@@ -63,6 +63,27 @@ TEST(ColorMaps, ExposureDoublesLightAStop)
                 IsColor(Rgba{0.6f, 0.2f, 1.2f}, kClose));
 }
 
+// Bytes and what lies just beside them come by different ways, which must not show.
+TEST(ColorMaps, GammaIsTheSameCurveForBytesAndForWhatLiesBetween)
+{
+    const BitmapRef steps = bitmapFrom(256, 1, [](int x, int) {
+        const float v = float(x) * (1.0f / 255);
+        return Rgba{v, v, v, 1};
+    });
+    // One component off the steps keeps a pixel and its neighbours out of the table.
+    const BitmapRef between = bitmapFrom(256, 1, [](int x, int) {
+        const float v = float(x) * (1.0f / 255);
+        return Rgba{v, v, 0.3f, 1};
+    });
+    for (const double power : {0.7, 2.2, -0.5}) {
+        const Dictionary inputs = {{"inputPower", power}};
+        const Floats table = reds(*apply("CIGammaAdjust", steps, inputs));
+        EXPECT_EQ(table, reds(*apply("CIGammaAdjust", between, inputs)));
+        EXPECT_NEAR(table[100], std::pow(100 / 255.0, power), 1e-5);
+        EXPECT_NEAR(table[255], 1, 1e-6);
+    }
+}
+
 TEST(ColorMaps, GammaOfDarkAndNegativeColors)
 {
     const Rgba p{0.5f, 0, -1};

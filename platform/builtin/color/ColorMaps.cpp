@@ -7,6 +7,7 @@
 
 #include "platform/builtin/Inputs.h"
 #include "platform/builtin/color/Posterize.h"
+#include "platform/imaging/Curve.h"
 #include "platform/imaging/Kernel.h"
 
 #include <cmath>
@@ -86,13 +87,10 @@ Image GammaAdjust::outputImage() const
         return mapColor(inputImage, [](Rgb u) {
             return Rgb{max(u.r, 0.0f), max(u.g, 0.0f), max(u.b, 0.0f)};
         });
-    const double power = inputPower;
     // Keeps black finite under a negative power.
-    const float darkest = power < 0 ? 1.0f / 256 : 0.0f;
-    return mapColor(inputImage, [=](Rgb u) {
-        const auto curve = [&](F x) { return pow(max(x, darkest), F(power)); };
-        return Rgb{curve(u.r), curve(u.g), curve(u.b)};
-    });
+    const float darkest = inputPower < 0 ? 1.0f / 256 : 0.0f;
+    return mapCurve(inputImage,
+                    [=, power = F(inputPower)](F x) { return pow(max(x, darkest), power); });
 }
 
 // The colour cube turned about its grey axis.
