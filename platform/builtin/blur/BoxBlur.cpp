@@ -52,11 +52,15 @@ public:
           _columns(std::size_t{4} * _rect.width() * (_rect.height() / kStep + 1)),
           _corners(cornersPerRow() * (_rect.height() + 1))
     {
-        parallelRows(0, _rect.height(), kStep, context.threaded(), [&](int first, int last) {
-            for (int y = first; y < last; ++y)
-                addRow(reinterpret_cast<const Value*>(block.pixel(_rect.left, _rect.bottom + y)),
-                       y);
-        });
+        // Rows of one step add to the same columns.
+        parallelRows(
+            0, _rect.height() / kStep + 1, 1, context.threaded(), [&](int first, int last) {
+                const int end = std::min(last * kStep, _rect.height());
+                for (int y = first * kStep; y < end; ++y)
+                    addRow(
+                        reinterpret_cast<const Value*>(block.pixel(_rect.left, _rect.bottom + y)),
+                        y);
+            });
         const std::size_t width = std::size_t{4} * _rect.width();
         for (std::size_t i = width; i < _columns.size(); ++i)
             _columns[i] += _columns[i - width];
