@@ -5,12 +5,15 @@
 // blur, and a cubic B-spline brings it back. The weights of the sum are those with which the three
 // together come closest to the Gaussian. All grids are anchored to the plane, so that a pixel comes
 // out the same whatever region is asked for.
+#include "platform/imaging/ColumnMemory.h"
 #include "platform/imaging/KeptRows.h"
 #include "platform/imaging/Kernel.h"
+#include "platform/imaging/Words.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 namespace imaging {
 
@@ -501,6 +504,147 @@ private:
     KeptRows _kept;
 };
 
+// The same of opaque bytes in whole numbers. Weights are parts of 2^15 and sum to that, so that a
+// flat picture stays flat; rows summed across keep six binary places, so that 16 bits hold the sum
+// of two.
+class WordRows : public Evaluator {
+    static constexpr int kOne = 1 << 15, kPlaces = 6;
+
+public:
+    // 16 bits must hold the weight of the middle.
+    static bool serves(const std::vector<float>& weights)
+    {
+        return weights[weights.size() / 2] < 0.99f;
+    }
+
+    WordRows(PixelBlockRef block, Border border, const std::vector<float>& weights)
+        : _block(std::move(block)), _border(border), _radius(static_cast<int>(weights.size()) / 2)
+    {
+        std::vector<int> whole(_radius + 2);
+        whole[0] = kOne;
+        for (int k = 1; k <= _radius; ++k) {
+            whole[k] = static_cast<int>(std::lround(weights[_radius + k] * kOne));
+            whole[0] -= 2 * whole[k];
+        }
+        for (int k = -_radius; k <= _radius; k += 2)
+            _across.push_back(pairOfWeights(whole[std::abs(k)], whole[std::abs(k + 1)]));
+        for (int k = 0; k <= _radius; k += 2)
+            _up.push_back(pairOfWeights(whole[k], whole[k + 1]));
+    }
+
+    void row(const Span& span, const Strip& out) const override
+    {
+        Kept& kept = _memory.of(span, [this](Kept& fresh) {
+            fresh.y.assign(2 * _radius + 1, std::numeric_limits<int>::min());
+            fresh.words.resize(std::size_t{4} * kStride * fresh.y.size());
+        });
+        const IRect& r = _block->rect;
+        const bool clamped = _border == Border::Clamped;
+        const bool opaque =
+            clamped || r.contains({span.x - _radius, span.y - _radius,
+                                   span.x + span.count + _radius, span.y + _radius + 1});
+        // By their distance from the middle, below and above; the middle one has no other.
+        static constexpr std::int16_t kNothing[4 * kStride] = {};
+        const std::int16_t* rows[kMostRows][2];
+        rows[0][0] = rowAcross(kept, span, span.y);
+        rows[0][1] = kNothing;
+        for (int k = 1; k <= _radius; ++k) {
+            rows[k][0] = rowAcross(kept, span, span.y - k);
+            rows[k][1] = rowAcross(kept, span, span.y + k);
+        }
+        rows[_radius + 1][0] = rows[_radius + 1][1] = kNothing;
+        for (int k = 0; k <= _radius + 1; ++k)
+            for (const std::int16_t*& p : rows[k])
+                if (!p)
+                    p = kNothing;
+        float* const planes[] = {out.r, out.g, out.b, out.a};
+        for (int c = 0; c < (opaque ? 3 : 4); ++c)
+            sumUp(rows, c * kStride, span.count, planes[c]);
+        // Exactly 1 where nothing transparent is near, and not nearly so.
+        const bool inside = span.y - _radius >= r.bottom && span.y + _radius < r.top;
+        const int first = clamped ? 0 : std::max(0, r.left + _radius - span.x);
+        const int last = clamped ? span.count : std::min(span.count, r.right - _radius - span.x);
+        if ((clamped || inside) && first < last)
+            std::fill(out.a + first, out.a + last, 1.0f);
+    }
+
+private:
+    static constexpr int kMostRows = PlainRows::kMaximumRadius + 2;
+    // Of a plane; whole lanes are read and written past the end.
+    static constexpr int kStride = kStripWidth + 2 * PlainRows::kMaximumRadius + 4 * kLanes;
+
+    // What one thread remembers of one tile column: a ring of rows.
+    struct Kept {
+        std::vector<int> y;
+        std::vector<std::int16_t> words;
+    };
+
+    // Null for a row of nothing.
+    const std::int16_t* rowAcross(Kept& kept, const Span& span, int y) const
+    {
+        const IRect& r = _block->rect;
+        if (y < r.bottom || y >= r.top) {
+            if (_border == Border::Transparent)
+                return nullptr;
+            y = std::clamp(y, r.bottom, r.top - 1);
+        }
+        const std::size_t slot = static_cast<unsigned>(y - r.bottom) % kept.y.size();
+        std::int16_t* out = kept.words.data() + slot * 4 * kStride;
+        if (kept.y[slot] == y)
+            return out;
+        kept.y[slot] = y;
+        alignas(32) std::int16_t words[4 * kStride];
+        const int left = span.x - _radius, count = span.count + 2 * _radius;
+        if (_border == Border::Clamped)
+            readWordsClamped(*_block, left, count, y, words, kStride);
+        else
+            readWords(*_block, left, count, y, true, words, kStride);
+        for (int c = 0; c < (_border == Border::Clamped ? 3 : 4); ++c)
+            sumAcross(words + c * kStride, span.count, out + c * kStride);
+        return out;
+    }
+
+    void sumAcross(const std::int16_t* words, int count, std::int16_t* out) const
+    {
+        constexpr int kDropped = 15 - kPlaces;
+        for (int i = 0; i < count; i += 2 * kLanes) {
+            I even = 1 << (kDropped - 1), odd = even;
+            const std::int16_t* p = words + i;
+            for (const I& w : _across) {
+                even = even + sumPairs(p, w);
+                odd = odd + sumPairs(p + 1, w);
+                p += 2;
+            }
+            storeInts(out + i, shiftRight(even, kDropped) | (shiftRight(odd, kDropped) << 16));
+        }
+    }
+
+    void sumUp(const std::int16_t* const (*rows)[2], std::ptrdiff_t plane, int count,
+               float* out) const
+    {
+        const F scale = 1.0f / (255.0f * (1 << kPlaces) * kOne);
+        for (int i = 0; i < count; i += 2 * kLanes) {
+            I low = 0, high = 0;
+            const auto* r = rows;
+            const std::ptrdiff_t at = plane + i;
+            for (const I& w : _up) {
+                addRowPairs(r[0][0] + at, r[0][1] + at, r[1][0] + at, r[1][1] + at, w, low, high);
+                r += 2;
+            }
+            ordered(low, high);
+            store(out + i, toFloat(low) * scale);
+            if (i + kLanes < count)
+                store(out + i + kLanes, toFloat(high) * scale);
+        }
+    }
+
+    PixelBlockRef _block;
+    Border _border;
+    int _radius;
+    std::vector<I> _across, _up; // pairs of weights
+    ColumnMemory<Kept> _memory;
+};
+
 // Gives spans of a coarse grid through the cubic B-spline.
 class SplineRows : public Evaluator {
 public:
@@ -584,6 +728,9 @@ public:
         const PixelBlockRef block = context.pixels(_input, needed[0]);
         if (!block)
             return nullptr;
+        if (_levels == 0 && block->format == PixelBlock::Format::OpaqueBytes &&
+            WordRows::serves(_weights))
+            return std::make_shared<WordRows>(block, _border, _weights);
         if (_levels == 0)
             return std::make_shared<PlainRows>(block, _border, _weights);
         Grid grid;

@@ -27,4 +27,24 @@ void readWords(const PixelBlock& block, int left, int count, int y, bool withAlp
     }
 }
 
+void readWordsClamped(const PixelBlock& block, int left, int count, int y, std::int16_t* planes,
+                      std::ptrdiff_t stride)
+{
+    const IRect& r = block.rect;
+    const int first = std::clamp(left, r.left, r.right - 1);
+    const int last = std::clamp(left + count, first + 1, r.right);
+    const int before = std::clamp(first - left, 0, count), after = std::max(last - left, before);
+    // Where the row lies beside the picture its nearest pixel is read into the first place.
+    const int at = std::min(before, count - 1);
+    readWords(block, first, last - first, std::clamp(y, r.bottom, r.top - 1), false, planes + at,
+              stride);
+    for (int c = 0; c < 3; ++c) {
+        std::int16_t* plane = planes + c * stride;
+        std::fill_n(plane, at, plane[at]);
+        if (after < count)
+            std::fill(plane + std::max(after, at), plane + count,
+                      plane[std::max(at, std::min(after, count) - 1)]);
+    }
+}
+
 } // namespace imaging
