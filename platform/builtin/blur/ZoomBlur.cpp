@@ -11,6 +11,7 @@
 #include "platform/imaging/Kernel.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -52,31 +53,31 @@ struct Zoom {
 };
 
 // Bytes as planes with a margin of nothing, so that columns near the border need no care, and a row
-// of nothing for those beyond it.
+// of nothing for those beyond it. Between any two rows lies their mean.
 class BytePlanes {
 public:
     // Of the part of the block that lies in the rectangle.
     BytePlanes(const PixelBlock& block, const IRect& needed, const RenderContext& context)
         : _rect(block.rect.intersected(needed)),
+          // Neighbouring rows must not compete for the same lines of the cache.
           _stride((_rect.width() + 2 * kMargin + 127) / 128 * 128 + 64),
-          _planeSize(_stride * (_rect.height() + 1)),
+          _planeSize(_stride * (lastRow() + 1)),
           _memory(static_cast<std::size_t>(_planeSize) * 4 / sizeof(float) + 1)
     {
         if (!_memory)
             return;
-        std::memset(rowAt(_rect.height()), 0, _stride);
-        for (int c = 1; c < 4; ++c)
-            std::memset(rowAt(_rect.height()) + c * _planeSize, 0, _stride);
-        parallelRows(0, _rect.height(), 64, context.threaded(), [&](int first, int last) {
-            for (int y = first; y < last; ++y) {
-                const std::byte* pixels = block.pixel(_rect.left, _rect.bottom + y);
-                for (int c = 0; c < 4; ++c) {
-                    std::uint8_t* row = rowAt(y) + c * _planeSize;
-                    std::memset(row, 0, kMargin);
-                    std::memset(row + kMargin + _rect.width(), 0, kMargin);
-                    for (int x = 0; x < _rect.width(); ++x)
-                        row[kMargin + x] = static_cast<std::uint8_t>(pixels[4 * x + c]);
-                }
+        const std::vector<std::byte> nothing(std::size_t{4} * _rect.width());
+        const auto pixels = [&](int y) {
+            return y >= 0 && y < _rect.height() ? block.pixel(_rect.left, _rect.bottom + y)
+                                                : nothing.data();
+        };
+        parallelRows(0, lastRow() + 1, 64, context.threaded(), [&](int first, int last) {
+            for (int i = first; i < last; ++i) {
+                // Twice the height, which is odd between rows; the last one is of nothing.
+                const int twice = i == lastRow() ? -4 : i - 1;
+                const std::byte *low = pixels(twice >> 1), *high = pixels((twice + 1) >> 1);
+                for (int c = 0; c < 4; ++c)
+                    fill(memory() + c * _planeSize + i * _stride, low + c, high + c);
             }
         });
     }
@@ -85,11 +86,13 @@ public:
     const IRect& rect() const { return _rect; }
     std::ptrdiff_t planeSize() const { return _planeSize; }
 
-    // From column 0 of the rectangle's row of that height above its bottom, in the plane of red.
-    const std::uint8_t* row(int y) const
+    // From column 0 of the rectangle's row of half that height above its bottom, in the plane of
+    // red.
+    const std::uint8_t* row(int twice) const
     {
-        const bool present = y >= 0 && y < _rect.height();
-        return const_cast<BytePlanes*>(this)->rowAt(present ? y : _rect.height()) + kMargin;
+        const bool present = twice >= -1 && twice < lastRow() - 1;
+        const int i = present ? twice + 1 : lastRow();
+        return reinterpret_cast<const std::uint8_t*>(_memory.data()) + i * _stride + kMargin;
     }
     // A column of the rectangle, or one in the margin from which only nothing is seen.
     int column(int x) const
@@ -102,9 +105,19 @@ public:
 private:
     static constexpr int kMargin = 2 * kWindow;
 
-    std::uint8_t* rowAt(int y)
+    std::uint8_t* memory() { return reinterpret_cast<std::uint8_t*>(_memory.data()); }
+    int lastRow() const { return 2 * _rect.height() + 1; }
+
+    // Halves are rounded up and down in turns.
+    void fill(std::uint8_t* row, const std::byte* low, const std::byte* high)
     {
-        return reinterpret_cast<std::uint8_t*>(_memory.data()) + y * _stride;
+        const int width = _rect.width();
+        std::memset(row, 0, kMargin);
+        std::memset(row + kMargin + width, 0, kMargin);
+        for (int x = 0; x < width; ++x) {
+            const int sum = static_cast<int>(low[4 * x]) + static_cast<int>(high[4 * x]);
+            row[kMargin + x] = static_cast<std::uint8_t>((sum + (x & 1)) >> 1);
+        }
     }
 
     IRect _rect;
@@ -121,9 +134,10 @@ struct Columns {
     alignas(32) std::uint16_t places[kGroup], weights[kGroup];
 };
 
-// The pixels' samples of some rows, in parts of kParts, each `stride` numbers after the one before.
-void sampleRows(const Columns& columns, const std::uint8_t* const* rows, int count,
-                std::ptrdiff_t plane, std::int16_t* out, std::ptrdiff_t stride)
+// Adds the pixels' samples, in parts of kParts, each from the row of bytes that belongs to its row
+// of sums, which are `stride` numbers apart.
+void addSamples(const Columns& columns, const std::uint8_t* const* rows, int count,
+                std::ptrdiff_t plane, std::uint16_t* sums, std::ptrdiff_t stride)
 {
     const std::ptrdiff_t first = plane + columns.first[0], second = plane + columns.first[1];
 #if defined(__AVX2__)
@@ -136,49 +150,18 @@ void sampleRows(const Columns& columns, const std::uint8_t* const* rows, int cou
     for (int y = 0; y < count; ++y) {
         const __m256i both = _mm256_inserti128_si256(
             _mm256_castsi128_si256(window(rows[y] + first)), window(rows[y] + second), 1);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + y * stride),
-                            _mm256_maddubs_epi16(_mm256_shuffle_epi8(both, places), weights));
+        const __m256i samples = _mm256_maddubs_epi16(_mm256_shuffle_epi8(both, places), weights);
+        auto* to = reinterpret_cast<__m256i*>(sums + y * stride);
+        _mm256_storeu_si256(to, _mm256_add_epi16(_mm256_loadu_si256(to), samples));
     }
 #else
     for (int y = 0; y < count; ++y)
         for (int k = 0; k < kGroup; ++k) {
             const std::uint8_t* p = rows[y] + (k < kGroup / 2 ? first : second);
             const int place = columns.places[k] & 255, weight = columns.weights[k];
-            out[y * stride + k] =
-                static_cast<std::int16_t>(p[place] * (weight & 255) + p[place + 1] * (weight >> 8));
+            const int sample = p[place] * (weight & 255) + p[place + 1] * (weight >> 8);
+            sums[y * stride + k] = static_cast<std::uint16_t>(sums[y * stride + k] + sample);
         }
-#endif
-}
-
-// Two rows of samples, one above the other, and the part of the upper one in parts of 2^15.
-struct RowPair {
-    const std::int16_t *low, *high;
-    std::int16_t part;
-};
-
-// Adds what lies between the rows of some steps to the sums of pixels.
-constexpr int kStepsAtOnce = 4;
-void addBetween(const RowPair (&pairs)[kStepsAtOnce], int at, std::uint16_t* sums)
-{
-#if defined(__AVX2__)
-    __m256i sum = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(sums));
-    for (const RowPair& p : pairs) {
-        const __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p.low + at));
-        const __m256i high = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p.high + at));
-        const __m256i rise =
-            _mm256_mulhrs_epi16(_mm256_sub_epi16(high, low), _mm256_set1_epi16(p.part));
-        sum = _mm256_add_epi16(sum, _mm256_add_epi16(low, rise));
-    }
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(sums), sum);
-#else
-    for (int k = 0; k < kGroup; ++k) {
-        int sum = sums[k];
-        for (const RowPair& p : pairs) {
-            const int low = p.low[at + k], high = p.high[at + k];
-            sum += low + (((high - low) * p.part + (1 << 14)) >> 15);
-        }
-        sums[k] = static_cast<std::uint16_t>(sum);
-    }
 #endif
 }
 
@@ -297,49 +280,25 @@ private:
         const int channels = seesOnlyPixels(whole) ? 3 : 4;
         alignas(32) std::uint16_t sums[kHeight][4][kWidth] = {};
         alignas(32) std::uint32_t totals[kHeight][4][kWidth] = {};
-        // A step moves the cell's rows apart by less than two.
-        alignas(32) std::int16_t samplesOf[kStepsAtOnce][2 * kHeight + 2][kWidth];
-        static constexpr std::int16_t kNothing[kWidth] = {};
-        RowPair pairs[kHeight][kStepsAtOnce];
-        const std::uint8_t* sources[kStepsAtOnce][2 * kHeight + 2];
-        int counts[kStepsAtOnce];
-        Columns columns[kStepsAtOnce][kGroups];
-        for (int i = 0; i < samples; i += kStepsAtOnce) {
-            const int steps = std::min(kStepsAtOnce, samples - i);
-            for (int s = 0; s < steps; ++s) {
-                const double factor = factors[i + s];
-                place(fixed(readAt(_center.x, cell.left, factor)), fixed(factor), i + s,
-                      columns[s]);
-                const std::int64_t bottom = fixed(readAt(_center.y, band.bottom, factor));
-                const auto rowOf = [&](int y) {
-                    return bottom + fixed(factor) * (y - band.bottom);
-                };
-                const auto start = static_cast<int>(rowOf(cell.bottom) >> 32);
-                for (int y = cell.bottom; y < cell.top; ++y) {
-                    const std::int64_t at = rowOf(y);
-                    const std::int16_t* low = samplesOf[s][static_cast<int>(at >> 32) - start];
-                    pairs[y - cell.bottom][s] = {low, low + kWidth,
-                                                 static_cast<std::int16_t>(at >> 17 & 0x7fff)};
-                    counts[s] = static_cast<int>(at >> 32) - start + 2;
-                }
-                const int first = start - _planes.rect().bottom;
-                for (int y = 0; y < counts[s]; ++y)
-                    sources[s][y] = _planes.row(first + y);
+        Columns columns[kGroups];
+        const std::uint8_t* rows[kHeight];
+        for (int i = 0; i < samples; ++i) {
+            const std::int64_t factor = fixed(factors[i]);
+            place(fixed(readAt(_center.x, cell.left, factors[i])), factor, i, columns);
+            // Half rows are rounded up and down in turns as well, in an order of its own.
+            const std::int64_t bottom =
+                2 * fixed(readAt(_center.y, band.bottom, factors[i])) + (turns()[i] << 24);
+            for (int y = cell.bottom; y < cell.top; ++y) {
+                const std::int64_t twice = (bottom + 2 * factor * (y - band.bottom)) >> 32;
+                rows[y - cell.bottom] =
+                    _planes.row(static_cast<int>(twice) - 2 * _planes.rect().bottom);
             }
-            for (int s = steps; s < kStepsAtOnce; ++s)
-                for (RowPair(&pair)[kStepsAtOnce] : pairs)
-                    pair[s] = {kNothing, kNothing, 0};
-            for (int c = 0; c < channels; ++c) {
-                for (int s = 0; s < steps; ++s)
-                    for (int g = 0; g < kGroups; ++g)
-                        sampleRows(columns[s][g], sources[s], counts[s], c * _planes.planeSize(),
-                                   samplesOf[s][0] + g * kGroup, kWidth);
-                for (int y = 0; y < cell.height(); ++y)
-                    for (int g = 0; g < kGroups; ++g)
-                        addBetween(pairs[y], g * kGroup, sums[y][c] + g * kGroup);
-            }
+            for (int c = 0; c < channels; ++c)
+                for (int g = 0; g < kGroups; ++g)
+                    addSamples(columns[g], rows, cell.height(), c * _planes.planeSize(),
+                               sums[0][c] + g * kGroup, sums[1][c] - sums[0][c]);
             // 16 bits hold the sum of so many steps.
-            if ((i + kStepsAtOnce) % (65535 / (255 * kParts)) == 0 || i + steps == samples)
+            if ((i + 1) % (65535 / (255 * kParts)) == 0 || i + 1 == samples)
                 for (int y = 0; y < cell.height(); ++y)
                     for (int c = 0; c < channels; ++c)
                         for (int x = 0; x < kWidth; ++x) {
@@ -375,6 +334,18 @@ private:
         return true;
     }
 
+    // The numbers below 256 in the order of their bits reversed, halves at a time.
+    static const std::array<std::int64_t, kMostSamples>& turns()
+    {
+        static constexpr auto kTurns = [] {
+            std::array<std::int64_t, kMostSamples> all{};
+            for (int i = 0; i < kMostSamples; ++i)
+                for (int bit = 0; bit < 8; ++bit)
+                    all[i] |= (i >> bit & 1) << (7 - bit);
+            return all;
+        }();
+        return kTurns;
+    }
     // Where the middle of a row or column reads at a step, from the middle of the first one.
     static double readAt(double center, int place, double factor)
     {
