@@ -167,6 +167,16 @@ BitmapRef Picture::bitmap() const
     return _bitmap ? _bitmap : rendered(pixelsWide(), pixelsHigh());
 }
 
+BitmapRef Picture::bitmapIfMade() const
+{
+    if (_bitmap)
+        return _bitmap;
+    const std::lock_guard lock(_renderedLock);
+    const bool fits = _deferred || (_rendered && _rendered->width() == pixelsWide() &&
+                                    _rendered->height() == pixelsHigh());
+    return fits ? _rendered : nullptr;
+}
+
 BitmapRef Picture::bitmapOfSize(int width, int height) const
 {
     if (_vector)

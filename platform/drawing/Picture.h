@@ -76,6 +76,8 @@ public:
     // The best representation's own pixels (a vector picture at its point size). Null on failure;
     // why a vector picture could not be drawn is then logged.
     imaging::BitmapRef bitmap() const;
+    // The same where the pixels are there already; null instead of making them.
+    imaging::BitmapRef bitmapIfMade() const;
     // The whole picture drawn into width × height pixels: vectors afresh, bitmaps scaled (linear,
     // averaged when made smaller), the same object when the size is already right. Null on failure.
     imaging::BitmapRef bitmapOfSize(int width, int height) const;

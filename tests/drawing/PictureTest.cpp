@@ -150,8 +150,10 @@ TEST(Picture, MakesDeferredPixelsOnce)
     const auto source = std::make_shared<Counted>();
     const PictureRef picture = Picture::fromDeferred(source, {4, 1});
     EXPECT_EQ(picture->pixelsWide(), 8);
+    EXPECT_EQ(picture->bitmapIfMade(), nullptr);
     EXPECT_EQ(source->renders, 0);
     const auto whole = picture->bitmap();
+    EXPECT_EQ(picture->bitmapIfMade(), whole);
     EXPECT_EQ(picture->bitmapOfSize(8, 2), whole);
     EXPECT_EQ(picture->bitmapOfSize(4, 1)->width(), 4);
     EXPECT_EQ(picture->bitmap(), whole);
