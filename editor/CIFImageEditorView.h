@@ -1,0 +1,196 @@
+// The zoomable view of the picture in the editor window, with the selection on it.
+#pragma once
+
+#include "editor/PictureScrollView.h"
+#include "editor/PictureViewController.h"
+#include "editor/PixelDrawing.h"
+#include "editor/Selection.h"
+#include "platform/drawing/Picture.h"
+#include "platform/foundation/Value.h"
+
+#include <QImage>
+#include <QUndoStack>
+#include <QWidget>
+
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+// Positions are the picture's: points, y up, (0, 0) at its lower left corner. "Screen" lengths are
+// the toolkit's device-independent pixels.
+//
+// The view has a frame, the size of what is scrolled over in screen lengths, and bounds, the same
+// in picture points. The widget itself covers just the visible part of the frame.
+class CIFImageEditorView : public QWidget {
+    Q_OBJECT
+
+public:
+    using Point = foundation::Point;
+    using Rect = foundation::Rect;
+    using Size = foundation::Size;
+
+    static constexpr float kSmallestScale = 0.02f, kLargestScale = 80;
+
+    explicit CIFImageEditorView(editor::PictureScrollView& scrollView);
+    ~CIFImageEditorView() override;
+
+    // Not owned; may be null, and is to outlive the view otherwise. Without one the view selects.
+    void setEditorController(editor::PictureViewController* controller);
+    editor::PictureViewController* controller() const { return editorController; }
+
+    // setPicture: — the picture to show; null for none. Never waits: pixels that are not made yet,
+    // and smaller copies for small zooms, are made on another thread. Until they are there, a
+    // picture of the same size that was shown before stays, and otherwise what there is of the new
+    // one is shown.
+    void setPicture(const foundation::PictureRef& picture);
+    const foundation::PictureRef& picture() const { return _picture; }
+    // Shows these pixels over a rectangle of the picture, until the next picture's own are shown or
+    // later ones cover them. Any density; fewer pixels than the picture has there are interpolated.
+    void showPixelsInRect(const imaging::BitmapRef& pixels, const Rect& rect);
+    // The picture's own pixels are all there and what is shown is final.
+    bool showsFinalPixels() const;
+
+    // The frame becomes the picture's size; for a picture of another size, before the zoom is set.
+    void updateSize();
+    // setScaleFactor: — clamped to 0.02…80; not-a-number is the smallest. Recentres.
+    void setScaleFactor(float scale);
+    float getScaleFactor() const { return _scaleFactor; }
+    // Brings the middle of the selection, or of the picture without one, to the middle of what is
+    // visible; a picture that is smaller lies in the middle.
+    void adobtPositionToCenter(); // sic
+
+    // setSelection: — as given (width and height may be negative); what is not finite counts as 0.
+    void setSelection(const Rect& selection);
+    // With positive width and height, moved into the picture.
+    Rect getSelection() const;
+    bool isSelected() const { return bSelected; }
+    bool isSelectionHFlipped() const { return _selectionRect.width < 0; }
+    bool isSelectionVFlipped() const { return _selectionRect.height < 0; }
+    // setTouched: — true: there is a selection; false: there is none.
+    void setTouched(bool touched);
+    Point pickPoint() const { return _pickPoint; }
+
+    // setGenerator:withAttr:oldGenerator:withAttr: — seeds from the attributes' "GLIFRandomSeed"
+    // and applies through the controller. One step for undo when all four are there (names not
+    // empty, dictionaries not null); otherwise it cannot be undone.
+    void setGeneratorWithAttrOldGeneratorWithAttr(const std::string& name,
+                                                  const foundation::Dictionary* attributes,
+                                                  const std::string& oldName,
+                                                  const foundation::Dictionary* oldAttributes);
+    QUndoStack& undoManager() { return _undoManager; }
+
+    // The events, in picture coordinates.
+    void mouseDown(Point at);
+    void mouseDragged(Point at);
+    void mouseUp();
+    void rightMouseDown();
+    // One step in or out, whatever the size of the delta; 0 is out.
+    void scrollWheel(double deltaY);
+    // The cursors as they lie over the view now; later ones above earlier ones.
+    std::vector<editor::CursorRect> resetCursorRects() const;
+    // The type for cursorFromType at a position; the arrow outside the visible part.
+    int cursorTypeAt(Point at) const;
+
+    // Screen lengths, lower left corner at (0, 0).
+    Rect frame() const { return {0, 0, _frameSize.width, _frameSize.height}; }
+    // Picture points.
+    Rect bounds() const { return _bounds; }
+    Rect visibleRect() const;
+    // Between positions in the widget and in the picture.
+    Point pictureFromWidget(QPointF position) const;
+    QPointF widgetFromPicture(Point position) const;
+    QRectF widgetFromPicture(const Rect& rect) const;
+
+    // By the scroll view, after its bars moved.
+    void clipViewDidScroll();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    bool event(QEvent* event) override;
+
+private:
+    class GenerateStep;
+    struct Relay;
+    // Pixels shown over a rectangle of the picture.
+    struct Layer {
+        std::shared_ptr<editor::PicturePyramid> pixels;
+        Rect rect;
+        bool smooth = false;
+        int drawnLevel = -1;
+    };
+
+    Size pictureSize() const;
+    // Picture points to a screen length.
+    double perScreenPoint() const { return 1 / double(_scaleFactor); }
+    bool selects() const { return !editorController || editorController->editMode() == 0; }
+    void generate(const std::string& name, const foundation::Dictionary& attributes);
+    void moveSelectionBy(double dx, double dy);
+
+    double scaleOf(const Layer& layer) const;
+    bool isReady(const Layer& layer) const;
+    void stopBuilding();
+    void connectPixels();
+    void disconnectPixels();
+    void startBuilding(const std::shared_ptr<editor::PicturePyramid>& pixels);
+    void pixelsDidArrive();
+    QPoint deviceOrigin() const;
+    QRectF deviceFromPicture(const Rect& rect) const;
+    QRect pictureOnDevice() const;
+
+    void drawPicture(QPainter& painter, const QRect& part);
+    void drawSelection(QPainter& painter);
+    void drawFrame(QPainter& painter);
+    QRect screenAround(const Rect& selection) const;
+    void updateAround(const Rect& before, const Rect& after);
+    void refreshCursor();
+    void describe();
+
+    editor::PictureScrollView& _scrollView;
+    editor::PictureViewController* editorController = nullptr;
+    foundation::PictureRef _picture;
+    bool bTouched = false;           // a selection has been made or is being made
+    bool bSelected = false;          // there is a selection
+    bool bFilterProcess = false;     // the drag moves the centre point
+    bool bFitSelectionScale = false; // the right button fitted the zoom to the selection
+    bool bMoved = false;             // the drag moves or resizes the selection
+    Rect _moveRect;                  // the selection when that began
+    int currSideResizing = 0;        // editor::Sides of the drag
+    Rect _selectionRect;             // as dragged: width and height may be negative
+    bool bFixSelection = true;       // each drag step notes the selection and the zoom:
+    Rect _fixSelectionRect;
+    float _fixSelectionRectScale = 1;
+    Point _pickPoint;
+    float _scaleFactor = 1;
+    float _origScaleFactor = 1; // to return to after a fit
+    int _picOffsetX = 0, _picOffsetY = 0;
+    bool _bMouseDown = false;
+
+    Size _frameSize;
+    Rect _bounds;
+    QUndoStack _undoManager;
+
+    std::vector<Layer> _layers; // the lowest is a picture's own
+    // Pictures that will be shown: the one whose pixels are being made, and the latest after it.
+    // Every one that is begun is shown, so that a fast sequence of pictures is seen to move.
+    std::optional<Layer> _coming, _waiting;
+    std::stop_source _stop;
+    std::shared_ptr<Relay> _relay; // outlives the view in running work
+    QImage _canvas;
+
+    QPoint _shownOrigin;   // where the last scroll left the picture
+    bool _placing = false; // the bars move because the frame changes
+    std::optional<Point> _mouse;
+    std::optional<QPoint> _panning; // scroll position plus mouse position
+    int _cursorType = 7;
+    int _wheelRest = 0;
+};
