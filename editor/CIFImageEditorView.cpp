@@ -93,7 +93,10 @@ void CIFImageEditorView::updateSize()
     _frameSize = pictureSize();
     _bounds.width = _frameSize.width / double(_scaleFactor);
     _bounds.height = _frameSize.height / double(_scaleFactor);
+    _placing = true;
     _scrollView.setDocumentSize({_frameSize.width, _frameSize.height});
+    _placing = false;
+    _shownOrigin = deviceOrigin();
     update();
 }
 
@@ -144,8 +147,9 @@ void CIFImageEditorView::adobtPositionToCenter()
 
 void CIFImageEditorView::resizeEvent(QResizeEvent*)
 {
-    // resizeWithOldSuperviewSize:
-    setScaleFactor(_scaleFactor);
+    // resizeWithOldSuperviewSize: — unless a new frame showed or hid a bar and goes on from there.
+    if (!_placing)
+        setScaleFactor(_scaleFactor);
 }
 
 // The one place where the toolkit's positions, y down, meet the picture's: the picture's upper left
@@ -444,7 +448,7 @@ void CIFImageEditorView::mouseReleaseEvent(QMouseEvent* event)
         mouseUp();
     else if (event->button() == Qt::MiddleButton)
         _panning.reset();
-    else
+    else if (event->button() != Qt::RightButton)
         event->ignore();
     refreshCursor();
 }

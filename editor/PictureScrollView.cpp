@@ -50,14 +50,14 @@ QSize PictureScrollView::barSizes() const
 
 QSize PictureScrollView::contentSize() const
 {
-    return (maximumViewportSize() - barSizes()).expandedTo({1, 1});
+    return (contentsRect().size() - barSizes()).expandedTo({1, 1});
 }
 
 void PictureScrollView::setDocumentSize(QSizeF size)
 {
     _documentSize = size;
     // Not from the viewport's present size: showing a bar changes it.
-    QSize visible = maximumViewportSize();
+    QSize visible = contentsRect().size();
     const QSize bars = barSizes();
     bool horizontal = false, vertical = false;
     // A bar takes room, which may make the other one necessary.
@@ -71,6 +71,9 @@ void PictureScrollView::setDocumentSize(QSizeF size)
             visible.rwidth() -= bars.width();
         }
     }
+    // Said outright because bars that come as needed come only some time after their range changed.
+    setHorizontalScrollBarPolicy(horizontal ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBarPolicy(vertical ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
     horizontalScrollBar()->setPageStep(visible.width());
     verticalScrollBar()->setPageStep(visible.height());
     horizontalScrollBar()->setRange(0, horizontal ? pastEnd(size.width(), visible.width()) : 0);

@@ -154,7 +154,9 @@ TEST_F(StringTables, AreFoundBesideTheLibrary)
 TEST_F(StringTables, LackNoKey)
 {
     support::registerFilters();
-    std::set<std::string> keys = {"Powered by Lumigrove link"};
+    std::set<std::string> keys = {"Powered by Lumigrove link", "Picture",
+                                  "%1 by %2 points, zoom %3 percent",
+                                  "selection of %1 by %2 at %3, %4"};
     setLanguage("C");
     CIFMain main;
     for (const std::uint32_t set : {0u, 1u}) {

@@ -1,0 +1,722 @@
+// The picture view, driven with the mouse, the wheel and keys.
+#include "editor/CIFImageEditorView.h"
+#include "editor/NamedImages.h"
+#include "tests/support/Golden.h"
+#include "tests/support/Support.h"
+
+#include <QAccessible>
+#include <QElapsedTimer>
+#include <QMouseEvent>
+#include <QScrollBar>
+#include <QTest>
+#include <QWheelEvent>
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <cmath>
+#include <condition_variable>
+#include <mutex>
+
+using foundation::Dictionary;
+using foundation::PictureRef;
+using foundation::Point;
+using foundation::Rect;
+using testing::ElementsAre;
+
+namespace {
+
+constexpr QRgb kRed = 0xffc03020, kGreen = 0xff20a040;
+
+imaging::BitmapRef plain(int width, int height, QRgb color)
+{
+    return support::converted(
+        *support::bitmapFrom(width, height,
+                             [&](int, int) {
+                                 return support::Rgba{qRed(color) / 255.0f, qGreen(color) / 255.0f,
+                                                      qBlue(color) / 255.0f, 1};
+                             }),
+        imaging::PixelFormat::Rgba8);
+}
+
+PictureRef plainPicture(int width, int height, QRgb color = kRed)
+{
+    return drawing::Picture::fromBitmap(plain(width, height, color));
+}
+
+// Writes down what it is told.
+class Notes : public editor::PictureViewController {
+public:
+    std::string name;
+    int mode = 0, pointing = 0;
+    std::vector<std::string> calls;
+    Point center;
+
+    std::string filterName() const override { return name; }
+    int editMode() const override { return mode; }
+    int pointingMode() const override { return pointing; }
+    void applyCurrentFilter() override { calls.push_back("apply"); }
+    void setCenterPoint(Point p) override
+    {
+        center = p;
+        calls.push_back("center");
+    }
+    void selectionDidChange() override { calls.push_back("selection"); }
+    void scrollWheelDidChange() override { calls.push_back("zoom"); }
+    void initRandomSeedWithValue(std::uint32_t seed) override
+    {
+        calls.push_back("seed " + std::to_string(seed));
+    }
+    void applyFilterWithAttributes(const std::string& id, const Dictionary& a) override
+    {
+        calls.push_back(id + " " + std::to_string(a.intValue("GLIFRandomSeed", -1)));
+    }
+    void updateUndoRedoButtons() override { calls.push_back("buttons"); }
+
+    std::vector<std::string> take() { return std::exchange(calls, {}); }
+};
+
+class PictureView : public testing::Test {
+protected:
+    PictureView()
+    {
+        scroll.resize(500, 400);
+        view.setEditorController(&controller);
+        scroll.show();
+    }
+
+    void open(const PictureRef& picture, float scale = 1)
+    {
+        view.setPicture(picture);
+        view.updateSize();
+        view.setScaleFactor(scale);
+        controller.calls.clear();
+    }
+    QPoint at(double x, double y) { return view.widgetFromPicture(Point{x, y}).toPoint(); }
+    void press(double x, double y) { QTest::mousePress(&view, Qt::LeftButton, {}, at(x, y)); }
+    void drag(double x, double y)
+    {
+        QMouseEvent event(QEvent::MouseMove, at(x, y), view.mapToGlobal(at(x, y)), Qt::NoButton,
+                          Qt::LeftButton, {});
+        QApplication::sendEvent(&view, &event);
+    }
+    void release(double x, double y) { QTest::mouseRelease(&view, Qt::LeftButton, {}, at(x, y)); }
+    void dragFromTo(Point from, Point to)
+    {
+        press(from.x, from.y);
+        drag((from.x + to.x) / 2, (from.y + to.y) / 2);
+        drag(to.x, to.y);
+        release(to.x, to.y);
+    }
+    void wheel(QPoint delta, Qt::ScrollPhase phase = Qt::NoScrollPhase)
+    {
+        const QPointF middle = view.rect().center();
+        QWheelEvent event(middle, view.mapToGlobal(middle), {}, delta, Qt::NoButton, {}, phase,
+                          false);
+        QApplication::sendEvent(&view, &event);
+    }
+    QImage grabbed() { return view.grab().toImage().convertToFormat(QImage::Format_RGB32); }
+    QRgb shownAt(const QImage& image, double x, double y)
+    {
+        const QPointF p = view.widgetFromPicture(Point{x, y});
+        return image.pixel(int(std::floor(p.x())), int(std::floor(p.y())));
+    }
+    static bool waitFor(const std::function<bool()>& condition)
+    {
+        QElapsedTimer timer;
+        timer.start();
+        while (!condition() && timer.elapsed() < 20000)
+            QTest::qWait(2);
+        return condition();
+    }
+    // The picture's middle in the widget is the widget's middle, to a pixel.
+    void expectCentred(double x, double y)
+    {
+        const QPointF p = view.widgetFromPicture(Point{x, y});
+        EXPECT_NEAR(p.x(), view.width() * 0.5, 1.01);
+        EXPECT_NEAR(p.y(), view.height() * 0.5, 1.01);
+    }
+
+    Notes controller;
+    editor::PictureScrollView scroll;
+    CIFImageEditorView& view = scroll.pictureView();
+};
+
+} // namespace
+
+TEST_F(PictureView, ZoomIsClampedAndSetsFrameAndBounds)
+{
+    open(plainPicture(200, 100));
+    for (const auto& [given, kept] : {std::pair{0.01f, 0.02f},
+                                      {100.0f, 80.0f},
+                                      {3.0f, 3.0f},
+                                      {NAN, 0.02f},
+                                      {-INFINITY, 0.02f},
+                                      {INFINITY, 80.0f}}) {
+        view.setScaleFactor(given);
+        EXPECT_EQ(view.getScaleFactor(), kept) << given;
+    }
+    const QSize content = scroll.contentSize();
+    // Smaller than the window in both directions, then in one, then in none.
+    view.setScaleFactor(0.5f);
+    EXPECT_EQ(view.frame(), (Rect{0, 0, double(content.width()), double(content.height())}));
+    EXPECT_DOUBLE_EQ(view.bounds().width, content.width() / 0.5);
+    EXPECT_DOUBLE_EQ(view.bounds().height, content.height() / 0.5);
+    view.setScaleFactor(3);
+    EXPECT_EQ(view.frame(), (Rect{0, 0, 600, double(content.height())}));
+    EXPECT_DOUBLE_EQ(view.bounds().width, 200);
+    view.setScaleFactor(8);
+    EXPECT_EQ(view.frame(), (Rect{0, 0, 1600, 800}));
+    EXPECT_EQ(view.bounds(), (Rect{0, 0, 200, 100}));
+    view.updateSize();
+    EXPECT_EQ(view.frame(), (Rect{0, 0, 200, 100}));
+}
+
+TEST_F(PictureView, ContentSizeIsWhatBorderAndBothBarsLeave)
+{
+    open(plainPicture(4000, 3000));
+    ASSERT_TRUE(scroll.horizontalScrollBar()->isVisible() &&
+                scroll.verticalScrollBar()->isVisible());
+    EXPECT_EQ(scroll.contentSize(), scroll.viewport()->size());
+    EXPECT_EQ(scroll.contentSize().width(),
+              500 - 2 * scroll.frameWidth() - scroll.verticalScrollBar()->width());
+    const QSize content = scroll.contentSize();
+    view.setScaleFactor(0.02f);
+    EXPECT_FALSE(scroll.horizontalScrollBar()->isVisible() ||
+                 scroll.verticalScrollBar()->isVisible());
+    EXPECT_GT(scroll.viewport()->width(), content.width());
+    EXPECT_EQ(scroll.contentSize(), content);
+}
+
+TEST_F(PictureView, CentresThePictureOrTheSelection)
+{
+    for (const float scale : {0.05f, 0.4f, 1.0f, 3.3f, 80.0f}) {
+        open(plainPicture(401, 303), scale);
+        expectCentred(200.5, 151.5);
+        view.adobtPositionToCenter();
+        expectCentred(200.5, 151.5);
+    }
+    open(plainPicture(2000, 1500));
+    view.setSelection({1000, 700, 100, 60});
+    view.setScaleFactor(2);
+    // Of the content size, which the bars leave here.
+    expectCentred(1050, 730);
+    // Near a corner there is nothing to bring to the middle.
+    view.setSelection({0, 0, 10, 10});
+    view.setScaleFactor(2);
+    EXPECT_NEAR(view.visibleRect().x, 0, 1);
+    EXPECT_NEAR(view.visibleRect().y, 0, 1);
+    scroll.resize(700, 500);
+    expectCentred(view.visibleRect().midX(), view.visibleRect().midY());
+    EXPECT_EQ(view.getScaleFactor(), 2);
+}
+
+TEST_F(PictureView, PositionsAreThePicturesWithYUp)
+{
+    open(plainPicture(200, 100), 2);
+    const QPointF origin = view.widgetFromPicture(Point{0, 0});
+    EXPECT_EQ(view.widgetFromPicture(Point{10, 20}), origin + QPointF(20, -40));
+    const Point back = view.pictureFromWidget(origin + QPointF(20, -40));
+    EXPECT_EQ(back, (Point{10, 20}));
+    // Twice the pixels: positions stay points.
+    view.setPicture(drawing::Picture::fromBitmap(plain(400, 200, kRed), {200, 100}));
+    EXPECT_EQ(view.widgetFromPicture(Point{10, 20}), origin + QPointF(20, -40));
+}
+
+TEST_F(PictureView, WheelStepsAreFinerBelowFullSize)
+{
+    open(plainPicture(200, 100));
+    const auto zoomed = [&](float from, QPoint delta) {
+        view.setScaleFactor(from);
+        wheel(delta);
+        return view.getScaleFactor();
+    };
+    EXPECT_FLOAT_EQ(zoomed(1, {0, 120}), 1.025f);
+    EXPECT_THAT(controller.take(), ElementsAre("zoom"));
+    EXPECT_FLOAT_EQ(zoomed(2, {0, 120}), 2.2f);
+    EXPECT_FLOAT_EQ(zoomed(2, {0, 360}), 2.2f);
+    EXPECT_FLOAT_EQ(zoomed(2, {0, -120}), 1.8f);
+    EXPECT_FLOAT_EQ(zoomed(1, {0, -120}), 0.975f);
+    EXPECT_FLOAT_EQ(zoomed(1, {0, 0}), 0.975f);
+    EXPECT_FLOAT_EQ(zoomed(0.02f, {0, -120}), 0.02f);
+    EXPECT_FLOAT_EQ(zoomed(80, {0, 120}), 80);
+    // Parts of a notch add up to one; touching a pad is no turn.
+    view.setScaleFactor(1);
+    controller.take();
+    wheel({}, Qt::ScrollBegin);
+    for (int i = 0; i < 7; ++i)
+        wheel({0, 15}, Qt::ScrollUpdate);
+    EXPECT_EQ(view.getScaleFactor(), 1);
+    wheel({0, 15}, Qt::ScrollUpdate);
+    wheel({}, Qt::ScrollEnd);
+    EXPECT_FLOAT_EQ(view.getScaleFactor(), 1.025f);
+    EXPECT_THAT(controller.take(), ElementsAre("zoom"));
+}
+
+TEST_F(PictureView, DrawsANewSelection)
+{
+    open(plainPicture(300, 200));
+    press(50, 50);
+    EXPECT_FALSE(view.isSelected());
+    drag(10, 20);
+    EXPECT_TRUE(view.isSelected());
+    EXPECT_TRUE(view.isSelectionHFlipped() && view.isSelectionVFlipped());
+    EXPECT_EQ(view.getSelection(), (Rect{10, 20, 40, 30}));
+    release(10, 20);
+    EXPECT_TRUE(view.isSelectionHFlipped() && view.isSelectionVFlipped());
+    EXPECT_EQ(view.getSelection(), (Rect{10, 20, 40, 30}));
+    EXPECT_EQ(view.pickPoint(), (Point{50, 50}));
+    // Dropped when the old one was missed by the press, told at once and at the end.
+    EXPECT_THAT(controller.take(), ElementsAre("selection", "selection"));
+
+    dragFromTo({250, 150}, {500, 400});
+    EXPECT_EQ(view.getSelection(), (Rect{250, 150, 50, 50}));
+    EXPECT_FALSE(view.isSelectionHFlipped() || view.isSelectionVFlipped());
+
+    press(20, 20);
+    release(20, 20);
+    EXPECT_FALSE(view.isSelected());
+    EXPECT_EQ(view.getSelection(), Rect());
+}
+
+TEST_F(PictureView, MovesResizesAndFlipsTheSelection)
+{
+    open(plainPicture(300, 200));
+    view.setSelection({160, 110, -60, -60});
+    dragFromTo({130, 80}, {140, 75});
+    EXPECT_EQ(view.getSelection(), (Rect{110, 45, 60, 60}));
+    EXPECT_FALSE(view.isSelectionHFlipped() || view.isSelectionVFlipped());
+    // Against the picture's side it stops, whole.
+    dragFromTo({130, 65}, {10, 65});
+    EXPECT_EQ(view.getSelection(), (Rect{0, 45, 60, 60}));
+    dragFromTo({60, 70}, {100, 90});
+    EXPECT_EQ(view.getSelection(), (Rect{0, 45, 100, 60}));
+    dragFromTo({103, 108}, {113, 128});
+    EXPECT_EQ(view.getSelection(), (Rect{0, 45, 110, 80}));
+    // The right side past the left one: flipped while dragged, upright after.
+    dragFromTo({60, 80}, {100, 80});
+    ASSERT_EQ(view.getSelection(), (Rect{40, 45, 110, 80}));
+    press(150, 80);
+    drag(10, 80);
+    EXPECT_TRUE(view.isSelectionHFlipped());
+    EXPECT_EQ(view.getSelection(), (Rect{10, 45, 30, 80}));
+    release(10, 80);
+    EXPECT_FALSE(view.isSelectionHFlipped());
+    EXPECT_EQ(view.getSelection(), (Rect{10, 45, 30, 80}));
+}
+
+TEST_F(PictureView, MarginsAreScreenLengths)
+{
+    open(plainPicture(300, 200), 2);
+    view.setSelection({100, 50, 100, 80});
+    dragFromTo({96, 90}, {106, 90}); // 8 pixels outside: a new one begins
+    EXPECT_EQ(view.getSelection().width, 10);
+    view.setSelection({100, 50, 100, 80});
+    dragFromTo({98, 90}, {108, 90}); // 4 pixels outside: the side
+    EXPECT_EQ(view.getSelection(), (Rect{110, 50, 90, 80}));
+}
+
+TEST_F(PictureView, SelectionsOutsideThePictureReadBackInside)
+{
+    open(plainPicture(100, 100));
+    view.setSelection({-10, 5, 30, 20});
+    EXPECT_EQ(view.getSelection(), (Rect{0, 5, 30, 20}));
+    view.setSelection({90, 0, 30, 20});
+    EXPECT_EQ(view.getSelection(), (Rect{70, 0, 30, 20}));
+    view.setSelection({NAN, -INFINITY, 30, NAN});
+    EXPECT_EQ(view.getSelection(), (Rect{0, 0, 30, 0}));
+    view.setTouched(false);
+    EXPECT_FALSE(view.isSelected());
+    EXPECT_THAT(controller.take(), ElementsAre("selection", "selection", "selection", "selection"));
+}
+
+TEST_F(PictureView, PicksTheCentreInPreviewMode)
+{
+    controller.name = "CIFMirrorFilter";
+    controller.mode = 1;
+    open(plainPicture(300, 200));
+    press(50, 60);
+    EXPECT_EQ(view.pickPoint(), (Point{50, 60}));
+    EXPECT_THAT(controller.take(), ElementsAre("selection", "apply"));
+    drag(330, -10);
+    EXPECT_EQ(view.pickPoint(), (Point{330, -10}));
+    EXPECT_EQ(controller.center, (Point{330, -10}));
+    EXPECT_THAT(controller.take(), ElementsAre("center", "apply"));
+    release(330, -10);
+    EXPECT_THAT(controller.take(), ElementsAre("selection"));
+    EXPECT_FALSE(view.isSelected());
+    drag(100, 100);
+    EXPECT_TRUE(controller.calls.empty());
+    press(-20, 230);
+    EXPECT_EQ(view.pickPoint(), (Point{0, 200}));
+    // Nothing to apply: the drag picks nothing.
+    release(0, 0);
+    controller.name.clear();
+    press(50, 60);
+    controller.take();
+    drag(70, 70);
+    EXPECT_TRUE(controller.calls.empty());
+    EXPECT_EQ(view.pickPoint(), (Point{50, 60}));
+}
+
+TEST_F(PictureView, IgnoresClicksForGenerators)
+{
+    controller.name = "GLIF_Plasma";
+    controller.mode = 1;
+    open(plainPicture(300, 200));
+    press(50, 60);
+    drag(80, 90);
+    EXPECT_TRUE(controller.calls.empty());
+    EXPECT_EQ(view.pickPoint(), Point());
+    EXPECT_FALSE(view.isSelected());
+}
+
+TEST_F(PictureView, RightButtonFitsTheSelectionAndGoesBack)
+{
+    open(plainPicture(300, 200), 1.5f);
+    const auto rightClick = [&] { QTest::mouseClick(&view, Qt::RightButton, {}, {20, 20}); };
+    rightClick();
+    EXPECT_EQ(view.getScaleFactor(), 1.5f);
+    EXPECT_TRUE(controller.calls.empty());
+
+    view.setSelection({100, 50, 100, 20});
+    const float fitted =
+        float(std::min(scroll.contentSize().width() / 120.0, scroll.contentSize().height() / 24.0));
+    rightClick();
+    EXPECT_FLOAT_EQ(view.getScaleFactor(), fitted);
+    expectCentred(150, 60);
+    rightClick();
+    EXPECT_EQ(view.getScaleFactor(), 1.5f);
+    // Moving it leaves the fitted state: the next click fits again, from the zoom there is.
+    rightClick();
+    dragFromTo({150, 60}, {160, 60});
+    EXPECT_FLOAT_EQ(view.getScaleFactor(), fitted);
+    view.setScaleFactor(2);
+    rightClick();
+    EXPECT_FLOAT_EQ(view.getScaleFactor(), fitted);
+    rightClick();
+    EXPECT_EQ(view.getScaleFactor(), 2);
+    // So does dropping it.
+    rightClick();
+    view.setTouched(false);
+    rightClick();
+    EXPECT_FLOAT_EQ(view.getScaleFactor(), fitted);
+}
+
+TEST_F(PictureView, GenerateIsOneStepForUndo)
+{
+    const Dictionary first = {{"GLIFRandomSeed", 11}}, second = {{"GLIFRandomSeed", 22}};
+    Dictionary changing = second;
+    view.setGeneratorWithAttrOldGeneratorWithAttr("GLIF_Foam", &changing, "GLIF_Plasma", &first);
+    EXPECT_THAT(controller.take(), ElementsAre("seed 22", "GLIF_Foam 22", "buttons"));
+    EXPECT_TRUE(view.undoManager().canUndo());
+    EXPECT_FALSE(view.undoManager().canRedo());
+    // The step keeps copies.
+    changing.set("GLIFRandomSeed", 99);
+    view.undoManager().undo();
+    EXPECT_THAT(controller.take(), ElementsAre("seed 11", "GLIF_Plasma 11", "buttons"));
+    EXPECT_TRUE(view.undoManager().canRedo());
+    view.undoManager().redo();
+    EXPECT_THAT(controller.take(), ElementsAre("seed 22", "GLIF_Foam 22", "buttons"));
+    view.undoManager().undo();
+    view.setGeneratorWithAttrOldGeneratorWithAttr("GLIF_Foam", &first, "GLIF_Plasma", &first);
+    EXPECT_FALSE(view.undoManager().canRedo());
+    EXPECT_EQ(view.undoManager().count(), 1);
+    controller.take();
+    // Without an old side it is done but cannot be undone.
+    view.setGeneratorWithAttrOldGeneratorWithAttr("GLIF_Foam", &second, "", nullptr);
+    EXPECT_THAT(controller.take(), ElementsAre("seed 22", "GLIF_Foam 22", "buttons"));
+    EXPECT_EQ(view.undoManager().count(), 1);
+}
+
+TEST_F(PictureView, ArrowKeysNudgeAndEscapeDrops)
+{
+    open(plainPicture(300, 200));
+    view.setSelection({100, 50, 40, 30});
+    QTest::keyClick(&view, Qt::Key_Left);
+    QTest::keyClick(&view, Qt::Key_Up, Qt::ShiftModifier);
+    EXPECT_EQ(view.getSelection(), (Rect{99, 60, 40, 30}));
+    for (int i = 0; i < 30; ++i)
+        QTest::keyClick(&view, Qt::Key_Down, Qt::ShiftModifier);
+    QTest::keyClick(&view, Qt::Key_Right, Qt::ControlModifier);
+    EXPECT_EQ(view.getSelection(), (Rect{99, 0, 40, 30}));
+    // At the side it does not wind up beyond what is seen.
+    QTest::keyClick(&view, Qt::Key_Up);
+    EXPECT_EQ(view.getSelection(), (Rect{99, 1, 40, 30}));
+
+    // Without a selection, keys are the window's and the scroll bars'.
+    const auto goesOn = [&](int key) {
+        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
+        QApplication::sendEvent(&view, &event);
+        return !event.isAccepted();
+    };
+    EXPECT_FALSE(goesOn(Qt::Key_Escape));
+    EXPECT_FALSE(view.isSelected());
+    EXPECT_TRUE(goesOn(Qt::Key_Escape));
+    view.setScaleFactor(10);
+    const int before = scroll.horizontalScrollBar()->value();
+    QTest::keyClick(&view, Qt::Key_Right);
+    EXPECT_EQ(scroll.horizontalScrollBar()->value(), before + 20);
+    // A preview's selection is not moved by the mouse either.
+    controller.mode = 1;
+    view.setSelection({100, 50, 40, 30});
+    QTest::keyClick(&view, Qt::Key_Right);
+    EXPECT_EQ(view.getSelection().x, 100);
+}
+
+TEST_F(PictureView, CursorsFollowModeAndSelection)
+{
+    open(plainPicture(300, 200));
+    EXPECT_EQ(view.cursorTypeAt({150, 100}), 4);
+    controller.mode = 1;
+    EXPECT_EQ(view.cursorTypeAt({150, 100}), 7);
+    controller.pointing = 2;
+    EXPECT_EQ(view.cursorTypeAt({150, 100}), 11);
+    EXPECT_EQ(view.cursorTypeAt({5000, 100}), 7);
+    controller.mode = 0;
+    view.setSelection({100, 50, 100, 80});
+    EXPECT_EQ(view.cursorTypeAt({150, 90}), 8);
+    EXPECT_EQ(view.cursorTypeAt({100, 90}), 0);
+
+    const auto shown = [&](int type) {
+        return view.cursor().shape() == editor::cursorFromType(type).shape() &&
+               (view.cursor().shape() != Qt::BitmapCursor ||
+                view.cursor().pixmap().cacheKey() ==
+                    editor::cursorFromType(type).pixmap().cacheKey());
+    };
+    QTest::mouseMove(&view, at(150, 90));
+    EXPECT_TRUE(shown(8));
+    press(150, 90);
+    EXPECT_TRUE(shown(9));
+    drag(299, 199); // the pointer outruns the selection
+    EXPECT_TRUE(shown(9));
+    release(299, 199);
+    EXPECT_TRUE(shown(2)); // over the corner that stopped at the picture's
+    QTest::mouseMove(&view, at(10, 10));
+    EXPECT_TRUE(shown(4));
+}
+
+TEST_F(PictureView, MiddleButtonPans)
+{
+    open(plainPicture(2000, 1500));
+    const Point held = view.pictureFromWidget({200, 150});
+    QTest::mousePress(&view, Qt::MiddleButton, {}, {200, 150});
+    QTest::mouseMove(&view, {170, 260});
+    QTest::mouseRelease(&view, Qt::MiddleButton, {}, {170, 260});
+    EXPECT_EQ(view.pictureFromWidget({170, 260}), held);
+    EXPECT_FALSE(view.isSelected());
+}
+
+TEST_F(PictureView, DrawsInOrder)
+{
+    open(plainPicture(100, 80));
+    const QRgb around = view.palette().color(QPalette::Mid).rgb();
+    QImage image = grabbed();
+    EXPECT_EQ(shownAt(image, 50, 40), kRed);
+    EXPECT_EQ(shownAt(image, 0.5, 0.5), kRed);
+    EXPECT_EQ(shownAt(image, 99.5, 79.5), kRed);
+    // A line round the picture, one pixel wide, corners included.
+    for (const Point p : {Point{-0.5, 40}, {100.5, 40}, {50, -0.5}, {50, 80.5}, {-0.5, 80.5}})
+        EXPECT_EQ(shownAt(image, p.x, p.y), 0xff000000) << p.x << ", " << p.y;
+    for (const Point p : {Point{-1.5, 40}, {101.5, 40}, {50, -1.5}, {50, 81.5}})
+        EXPECT_EQ(shownAt(image, p.x, p.y), around) << p.x << ", " << p.y;
+
+    view.setSelection({60, 50, -30, -30});
+    image = grabbed();
+    const auto mixed = [](QRgb below, double over, double opacity) {
+        const auto part = [&](int v) {
+            return int(std::lround(v * (1 - opacity) + 255 * over * opacity));
+        };
+        return qRgb(part(qRed(below)), part(qGreen(below)), part(qBlue(below)));
+    };
+    const auto expectNear = [&](double x, double y, QRgb wanted) {
+        const QRgb is = shownAt(image, x, y);
+        EXPECT_NEAR(qRed(is), qRed(wanted), 2) << x << ", " << y;
+        EXPECT_NEAR(qGreen(is), qGreen(wanted), 2) << x << ", " << y;
+        EXPECT_NEAR(qBlue(is), qBlue(wanted), 2) << x << ", " << y;
+    };
+    expectNear(45, 35, kRed);
+    expectNear(10, 35, mixed(kRed, 0.3, 0.5));
+    expectNear(99.5, 0.5, mixed(kRed, 0.3, 0.5));
+    // The border lies inside the selection: one pixel and half of the next.
+    expectNear(30.5, 35, mixed(kRed, 1, 0.9));
+    expectNear(31.5, 35, mixed(kRed, 1, 0.45));
+    expectNear(29.5, 35, mixed(kRed, 0.3, 0.5));
+    expectNear(59.5, 49.5, mixed(kRed, 1, 0.9));
+    // The frame is drawn last and the surroundings of the picture are not dimmed.
+    EXPECT_EQ(shownAt(image, -0.5, 40), 0xff000000);
+    EXPECT_EQ(shownAt(image, -5, 40), around);
+}
+
+TEST_F(PictureView, ShowsSquaresThroughTransparentPixels)
+{
+    open(drawing::Picture::blank({64, 64}));
+    ASSERT_TRUE(waitFor([&] { return view.showsFinalPixels(); }));
+    const QImage image = grabbed();
+    EXPECT_EQ(shownAt(image, 4, 60), 0xffffffff);
+    EXPECT_NE(shownAt(image, 12, 60), 0xffffffff);
+    EXPECT_EQ(shownAt(image, 12, 52), 0xffffffff);
+}
+
+TEST_F(PictureView, ScrollingShowsWhatAFreshDrawingShows)
+{
+    const auto photo = support::picture("photo-96x64");
+    for (const float scale : {5.3f, 12.0f, 80.0f}) {
+        open(drawing::Picture::fromBitmap(photo), scale);
+        view.setSelection({40, 25, 20, 15});
+        QTest::qWait(20);
+        for (const QPoint step : {QPoint(7, 0), {0, -11}, {13, 29}}) {
+            scroll.setScrollPosition(scroll.scrollPosition() + step);
+            QApplication::processEvents();
+        }
+        const QImage scrolled = scroll.window()->windowHandle()
+                                    ? scroll.screen()->grabWindow(scroll.winId()).toImage()
+                                    : QImage();
+        ASSERT_FALSE(scrolled.isNull());
+        const QPoint corner = view.mapTo(&scroll, QPoint());
+        EXPECT_EQ(scrolled.copy(QRect(corner, view.size())).convertToFormat(QImage::Format_RGB32),
+                  grabbed())
+            << scale;
+    }
+}
+
+TEST_F(PictureView, LooksRight)
+{
+    open(drawing::Picture::fromBitmap(support::picture("photo-96x64")), 1.25f);
+    scroll.setFrameShape(QFrame::NoFrame);
+    scroll.resize(150, 110);
+    view.setSelection({20, 12, 50, 36});
+    ASSERT_TRUE(waitFor([&] { return view.showsFinalPixels(); }));
+    const QImage image = grabbed().convertToFormat(QImage::Format_RGBA8888);
+    const auto bitmap =
+        imaging::Bitmap::make(image.width(), image.height(), imaging::PixelFormat::Rgba8);
+    for (int y = 0; y < image.height(); ++y)
+        std::memcpy(bitmap->row(y), image.constScanLine(y), std::size_t(image.width()) * 4);
+    support::expectGolden("picture-view-selection-on-photo", *bitmap, {.largest = 2});
+}
+
+namespace {
+
+// Pixels that wait until they are let go.
+class Held : public drawing::DeferredSource {
+public:
+    Held(int width, int height, QRgb color) : _pixels(plain(width, height, color)) {}
+    int pixelsWide() const override { return _pixels->width(); }
+    int pixelsHigh() const override { return _pixels->height(); }
+    imaging::BitmapRef render() const override
+    {
+        std::unique_lock lock(_lock);
+        asked = true;
+        _changed.wait(lock, [&] { return _free; });
+        return _pixels;
+    }
+    void letGo()
+    {
+        const std::lock_guard lock(_lock);
+        _free = true;
+        _changed.notify_all();
+    }
+    mutable std::atomic<bool> asked = false;
+
+private:
+    imaging::BitmapRef _pixels;
+    mutable std::mutex _lock;
+    mutable std::condition_variable _changed;
+    bool _free = false;
+};
+
+} // namespace
+
+TEST_F(PictureView, ShowsPixelsAsTheyCome)
+{
+    open(plainPicture(100, 80, kRed));
+    const auto source = std::make_shared<Held>(100, 80, kGreen);
+    view.setPicture(drawing::Picture::fromDeferred(source, {100, 80}));
+    ASSERT_TRUE(waitFor([&] { return source->asked.load(); }));
+    // The window goes on; what it showed stays.
+    EXPECT_FALSE(view.showsFinalPixels());
+    EXPECT_EQ(shownAt(grabbed(), 50, 40), kRed);
+    // A coarse preview of a quarter, then a finer part of it.
+    constexpr QRgb kBlue = 0xff3040c0, kYellow = 0xffe0d020;
+    view.showPixelsInRect(plain(5, 4, kBlue), {0, 0, 50, 40});
+    view.showPixelsInRect(plain(10, 10, kYellow), {20, 20, 10, 10});
+    QImage image = grabbed();
+    EXPECT_EQ(shownAt(image, 5, 5), kBlue);
+    EXPECT_EQ(shownAt(image, 25, 25), kYellow);
+    EXPECT_EQ(shownAt(image, 30.5, 25), kBlue);
+    EXPECT_EQ(shownAt(image, 50.5, 40.5), kRed);
+    // One that covers both takes their place.
+    view.showPixelsInRect(plain(60, 50, kGreen), {0, 0, 60, 50});
+    image = grabbed();
+    EXPECT_EQ(shownAt(image, 25, 25), kGreen);
+    EXPECT_EQ(shownAt(image, 70, 60), kRed);
+    source->letGo();
+    ASSERT_TRUE(waitFor([&] { return view.showsFinalPixels(); }));
+    EXPECT_EQ(shownAt(grabbed(), 70, 60), kGreen);
+    view.setPicture(nullptr);
+    EXPECT_EQ(shownAt(grabbed(), 50, 40), view.palette().color(QPalette::Mid).rgb());
+}
+
+TEST_F(PictureView, AFastSequenceOfPicturesMovesAndEndsWithTheLast)
+{
+    open(plainPicture(100, 80, kRed));
+    const auto first = std::make_shared<Held>(100, 80, kGreen);
+    const auto skipped = std::make_shared<Held>(100, 80, kRed);
+    const auto last = std::make_shared<Held>(100, 80, 0xff3040c0);
+    view.setPicture(drawing::Picture::fromDeferred(first, {100, 80}));
+    ASSERT_TRUE(waitFor([&] { return first->asked.load(); }));
+    view.setPicture(drawing::Picture::fromDeferred(skipped, {100, 80}));
+    view.setPicture(drawing::Picture::fromDeferred(last, {100, 80}));
+    first->letGo();
+    ASSERT_TRUE(waitFor([&] { return last->asked.load(); }));
+    EXPECT_EQ(shownAt(grabbed(), 50, 40), kGreen);
+    EXPECT_FALSE(skipped->asked);
+    last->letGo();
+    ASSERT_TRUE(waitFor([&] { return view.showsFinalPixels(); }));
+    EXPECT_EQ(shownAt(grabbed(), 50, 40), 0xff3040c0);
+    // A picture of another size does not wait for pixels it could never show.
+    const auto other = std::make_shared<Held>(50, 80, kGreen);
+    view.setPicture(drawing::Picture::fromDeferred(other, {50, 80}));
+    EXPECT_EQ(shownAt(grabbed(), 2, 78), 0xffffffff);
+    other->letGo();
+    // Gone while others still work for it.
+    const auto late = std::make_shared<Held>(100, 80, kGreen);
+    {
+        editor::PictureScrollView closing;
+        closing.pictureView().setPicture(drawing::Picture::fromDeferred(late, {100, 80}));
+        ASSERT_TRUE(waitFor([&] { return late->asked.load(); }));
+    }
+    late->letGo();
+    QTest::qWait(30);
+}
+
+TEST_F(PictureView, TellsScreenReadersWhatItShows)
+{
+    open(plainPicture(300, 200), 0.5f);
+    const QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(&view);
+    ASSERT_NE(accessible, nullptr);
+    EXPECT_EQ(accessible->text(QAccessible::Name), "Picture");
+    EXPECT_EQ(accessible->text(QAccessible::Description), "300 by 200 points, zoom 50 percent");
+    view.setSelection({160, 110, -60, -60});
+    EXPECT_EQ(accessible->text(QAccessible::Description),
+              "300 by 200 points, zoom 50 percent; selection of 60 by 60 at 100, 50");
+}
+
+TEST_F(PictureView, SurvivesOddPictures)
+{
+    for (const PictureRef& picture :
+         {PictureRef(), plainPicture(1, 1), plainPicture(5000, 1), plainPicture(1, 5000),
+          drawing::Picture::fromBitmap(plain(3, 3, kRed), foundation::Size{1e9, 1e9}),
+          drawing::Picture::fromBitmap(plain(3, 3, kRed), foundation::Size{})})
+        for (const float scale : {0.02f, 1.0f, 80.0f}) {
+            view.setPicture(picture);
+            view.updateSize();
+            view.setScaleFactor(scale);
+            view.setSelection({-1e30, 2, 1e30, 5});
+            view.rightMouseDown();
+            (void)grabbed();
+            dragFromTo({0, 0}, {1, 1});
+            EXPECT_GE(view.getScaleFactor(), CIFImageEditorView::kSmallestScale);
+            view.setTouched(false);
+        }
+}
