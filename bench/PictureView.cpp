@@ -14,7 +14,7 @@
 #include <cstdio>
 #include <ctime>
 #include <functional>
-#include <thread>
+#include <string>
 #include <vector>
 
 namespace {
@@ -37,20 +37,27 @@ struct Times {
     std::vector<double> processor, clock;
 };
 
-void row(const char* name, Times times)
+std::vector<bench::Row> rows;
+std::string pattern;
+
+void printAndKeep(const std::string& name, Times times)
 {
-    std::printf("%-34s", name);
+    std::printf("%-34s", name.c_str());
     for (std::vector<double>* t : {&times.processor, &times.clock}) {
         std::sort(t->begin(), t->end());
         std::printf(" %9.2f %9.2f %9.2f", (*t)[t->size() / 2], (*t)[t->size() * 95 / 100],
                     t->back());
     }
     std::printf("\n");
+    const std::vector<double>& t = times.processor;
+    rows.push_back({name, 12, t[t.size() / 2], t.front(), static_cast<int>(t.size())});
 }
 
 // Each step and the repaint it causes, flushed to the window.
-Times measure(int steps, const std::function<void(int)>& step)
+void measure(const std::string& name, int steps, const std::function<void(int)>& step)
 {
+    if (name.find(pattern) == std::string::npos)
+        return;
     Times times;
     for (int i = 0; i < steps; ++i) {
         const double processor = processorTime(), clock = clockTime();
@@ -60,7 +67,7 @@ Times measure(int steps, const std::function<void(int)>& step)
         times.processor.push_back(processorTime() - processor);
         times.clock.push_back(clockTime() - clock);
     }
-    return times;
+    printAndKeep(name, times);
 }
 
 } // namespace
@@ -68,6 +75,8 @@ Times measure(int steps, const std::function<void(int)>& step)
 int main(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    const bench::Arguments arguments = bench::parse(argc, argv);
+    pattern = arguments.pattern;
     QApplication application(argc, argv);
     editor::PictureScrollView scroll;
     scroll.resize(1600, 1200);
@@ -84,43 +93,44 @@ int main(int argc, char** argv)
     };
     settle();
 
-    std::printf("%d x %d, scale %g\n%-34s %29s %29s\n%-34s", scroll.width(), scroll.height(),
-                view.devicePixelRatioF(), "milliseconds", "processor: median, 95 %, worst",
-                "clock: median, 95 %, worst", "");
-    std::printf("\n");
+    std::printf("window %d x %d, %g device pixels to a point; milliseconds\n", scroll.width(),
+                scroll.height(), view.devicePixelRatioF());
+    std::printf("%-34s %29s %29s\n", "", "processor: median, 95 %, worst",
+                "clock: median, 95 %, worst");
     for (const float scale : {0.2f, 0.3f, 0.6f, 1.0f, 1.4f, 3.0f, 20.0f}) {
         view.setScaleFactor(scale);
         settle();
         char name[64];
         std::snprintf(name, sizeof name, "repaint whole at %g", double(scale));
-        row(name, measure(60, [&](int) { view.update(); }));
-        const bool larger = scroll.horizontalScrollBar()->maximum() > 0;
-        if (!larger)
+        measure(name, 60, [&](int) { view.update(); });
+        if (scroll.horizontalScrollBar()->maximum() == 0)
             continue;
         std::snprintf(name, sizeof name, "pan 200 steps at %g", double(scale));
-        row(name, measure(200, [&](int i) {
-                scroll.setScrollPosition(scroll.scrollPosition() +
-                                         (i < 100 ? QPoint(17, 11) : QPoint(-17, -11)));
-            }));
+        measure(name, 200, [&](int i) {
+            // Forth and back again before an end is reached.
+            const int sign = i % 40 < 20 ? 1 : -1;
+            scroll.setScrollPosition(scroll.scrollPosition() + QPoint(17, 11) * sign);
+        });
     }
-    row("zoom 0.02 to 80", measure(200, [&](int i) {
-            view.setScaleFactor(0.02f * std::pow(80 / 0.02f, float(i) / 199));
-        }));
+    measure("zoom 0.02 to 80", 200,
+            [&](int i) { view.setScaleFactor(0.02f * std::pow(80 / 0.02f, float(i) / 199)); });
     view.setSelection({1000, 700, 1500, 1200});
     for (const float scale : {0.3f, 1.0f}) {
         view.setScaleFactor(scale);
         char name[64];
         std::snprintf(name, sizeof name, "drag the selection at %g", double(scale));
-        row(name, measure(200, [&](int i) { view.setSelection({1000.0 + i, 700, 1500, 1200}); }));
+        measure(name, 200, [&](int i) { view.setSelection({1000.0 + i, 700, 1500, 1200}); });
         std::snprintf(name, sizeof name, "repaint whole, selected, at %g", double(scale));
-        row(name, measure(60, [&](int) { view.update(); }));
+        measure(name, 60, [&](int) { view.update(); });
     }
     // A new picture of the same size, as while a parameter is dragged.
     const auto bitmap = bench::testPicture(12);
     view.setScaleFactor(0.3f);
-    row("show another picture at 0.3", measure(20, [&](int) {
-            view.setPicture(drawing::Picture::fromBitmap(bitmap));
-            settle();
-        }));
+    measure("show another picture at 0.3", 20, [&](int) {
+        view.setPicture(drawing::Picture::fromBitmap(bitmap));
+        settle();
+    });
+    if (!arguments.jsonFile.empty())
+        bench::report(rows, arguments.jsonFile);
     return 0;
 }

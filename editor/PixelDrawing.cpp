@@ -19,9 +19,10 @@ constexpr int kRowsAtOnce = 24;
 typedef float Pixel __attribute__((vector_size(16)));
 typedef std::int32_t Whole __attribute__((vector_size(16)));
 
-// The three neighbours on one axis that a device pixel is made of.
+// The three neighbours on one axis that a device pixel is made of. Those past the end weigh
+// nothing.
 struct Taps {
-    std::array<int, 3> index{};
+    int first = 0;
     std::array<float, 3> weight{};
 };
 
@@ -56,13 +57,12 @@ std::vector<Taps> averagingTaps(int from, int to, double start, double step, int
         low = std::clamp(low, 0.0, count - 1e-6);
         high = std::clamp(high, low + 1e-6, double(count));
         Taps& t = taps[static_cast<std::size_t>(i - from)];
-        const int first = static_cast<int>(low);
+        t.first = static_cast<int>(low);
         for (int k = 0; k < 3; ++k) {
-            const auto slot = static_cast<std::size_t>(k);
-            t.index[slot] = std::min(first + k, count - 1);
-            const double covered =
-                std::min(high, first + k + 1.0) - std::max(low, double(first + k));
-            t.weight[slot] = static_cast<float>(std::max(covered, 0.0) / (high - low));
+            const double left = t.first + k;
+            const double covered = std::min(high, left + 1) - std::max(low, left);
+            t.weight[static_cast<std::size_t>(k)] =
+                static_cast<float>(std::max(covered, 0.0) / (high - low));
         }
     }
     return taps;
@@ -76,8 +76,7 @@ std::vector<Taps> linearTaps(int from, int to, double start, double step, int co
         const double at = std::clamp((i + 0.5 - start) * step - 0.5, 0.0, count - 1.0);
         const int first = static_cast<int>(at);
         const auto share = static_cast<float>(at - first);
-        const int next = std::min(first + 1, count - 1);
-        taps[static_cast<std::size_t>(i - from)] = {{first, next, next}, {1 - share, share, 0}};
+        taps[static_cast<std::size_t>(i - from)] = {first, {1 - share, share, 0}};
     }
     return taps;
 }
@@ -194,13 +193,27 @@ Pixel load(const float* p)
 void drawWeighted(const Job& job, const std::vector<Taps>& columns, const std::vector<Taps>& rows)
 {
     const int width = job.covered.width(), left = job.covered.left();
-    const int from = columns.front().index[0], to = columns.back().index[2] + 1;
+    const int from = columns.front().first;
+    const int to = std::min(columns.back().first + 3, job.source.width);
+    // Spread out beforehand: this is what the innermost loop spends its time on.
+    struct Column {
+        Pixel weight[3];
+        std::size_t at; // in the sum
+    };
+    std::vector<Column> spread;
+    spread.reserve(columns.size());
+    for (const Taps& t : columns) {
+        const auto all = [](float w) { return Pixel{w, w, w, w}; };
+        spread.push_back({{all(t.weight[0]), all(t.weight[1]), all(t.weight[2])},
+                          static_cast<std::size_t>(t.first - from) * 4});
+    }
     const bool premultiply = !job.opaque && !job.source.premultiplied;
     uchar* const bits = job.canvas.bits();
     imaging::parallelRows(
         job.covered.top(), job.covered.bottom() + 1, kRowsAtOnce, [&](int first, int last) {
             const auto across = static_cast<std::size_t>(to - from);
-            std::vector<float> sum(across * 4);
+            // Two more pixels for neighbours past the end.
+            std::vector<float> sum((across + 2) * 4);
             // Neighbouring rows of the screen share rows of the picture.
             std::array<std::vector<std::uint32_t>, 3> kept;
             std::array<int, 3> keptRow = {-1, -1, -1};
@@ -218,15 +231,17 @@ void drawWeighted(const Job& job, const std::vector<Taps>& columns, const std::v
             };
             for (int y = first; y < last; ++y) {
                 const Taps& v = rows[static_cast<std::size_t>(y - job.covered.top())];
-                sumRows({source(v.index[0]), source(v.index[1]), source(v.index[2])}, v.weight,
-                        to - from, sum.data());
+                const int lowest = job.source.height - 1;
+                sumRows({source(v.first), source(std::min(v.first + 1, lowest)),
+                         source(std::min(v.first + 2, lowest))},
+                        v.weight, to - from, sum.data());
                 QRgb* const out = job.canvasRow(bits, y);
                 const CheckerRow squares(job.checkers, y);
                 for (int x = 0; x < width; ++x) {
-                    const Taps& h = columns[static_cast<std::size_t>(x)];
-                    const auto at = [&](int k) { return load(&sum[std::size_t(k - from) * 4]); };
-                    Pixel p = at(h.index[0]) * h.weight[0] + at(h.index[1]) * h.weight[1] +
-                              at(h.index[2]) * h.weight[2];
+                    const Column& h = spread[static_cast<std::size_t>(x)];
+                    const float* const p0 = &sum[h.at];
+                    Pixel p = load(p0) * h.weight[0] + load(p0 + 4) * h.weight[1] +
+                              load(p0 + 8) * h.weight[2];
                     if (!job.opaque) {
                         const QRgb square = squares.at(left + x);
                         const Pixel below = {float(qRed(square)), float(qGreen(square)),
