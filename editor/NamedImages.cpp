@@ -31,29 +31,63 @@ QImage imageOf(const foundation::PictureRef& picture)
     return shared.convertToFormat(QImage::Format_ARGB32_Premultiplied);
 }
 
-QImage imageWithNameOfType(const QString& name, const QString& type, double density)
+namespace {
+
+// By the name alone, which the sub-folder is a part of.
+QImage knownImage(const QString& base, const QString& kind, const QString& subfolder = {})
 {
     static QHash<QString, QImage> known;
-    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
-    const QString base = type.isEmpty() && dot > 0 ? name.left(dot) : name;
-    const QString kind = type.isEmpty() && dot > 0 ? name.mid(dot + 1) : type;
-    if (density > 1) {
-        QImage dense = imageWithNameOfType(base + QStringLiteral("@2x"), kind);
-        if (!dense.isNull()) {
-            dense.setDevicePixelRatio(2);
-            return dense;
-        }
-    }
-    if (const auto found = known.constFind(base); found != known.constEnd())
+    const QString key = subfolder.isEmpty() ? base : subfolder + QLatin1Char('/') + base;
+    if (const auto found = known.constFind(key); found != known.constEnd())
         return *found;
-    const auto file = foundation::resourcePath(base.toStdString(), kind.toStdString());
+    const auto file =
+        foundation::resourcePath(base.toStdString(), kind.toStdString(), subfolder.toStdString());
     const auto picture = file
                              ? codecs::readPicture(*file)
                              : foundation::Result<foundation::PictureRef>(foundation::PictureRef());
     const QImage image = picture ? imageOf(*picture) : QImage();
     if (!image.isNull())
-        known.insert(base, image);
+        known.insert(key, image);
     return image;
+}
+
+QIcon icon(const QString& name, const QString& subfolder)
+{
+    QIcon both;
+    for (const char* density : {"", "@2x"}) {
+        const QImage image =
+            knownImage(name + QLatin1String(density), QStringLiteral("tif"), subfolder);
+        if (!image.isNull())
+            both.addPixmap(QPixmap::fromImage(image));
+    }
+    return both;
+}
+
+} // namespace
+
+QImage imageWithNameOfType(const QString& name, const QString& type, double density)
+{
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    const QString base = type.isEmpty() && dot > 0 ? name.left(dot) : name;
+    const QString kind = type.isEmpty() && dot > 0 ? name.mid(dot + 1) : type;
+    if (density > 1) {
+        QImage dense = knownImage(base + QStringLiteral("@2x"), kind);
+        if (!dense.isNull()) {
+            dense.setDevicePixelRatio(2);
+            return dense;
+        }
+    }
+    return knownImage(base, kind);
+}
+
+QIcon iconWithName(const QString& name)
+{
+    return icon(name, {});
+}
+
+QIcon entryIcon(const QString& name)
+{
+    return name.isEmpty() ? QIcon() : icon(name, QStringLiteral("Icons"));
 }
 
 QImage imageFromType(int type, double density)

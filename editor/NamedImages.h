@@ -4,6 +4,7 @@
 #include "platform/foundation/Value.h"
 
 #include <QCursor>
+#include <QIcon>
 #include <QImage>
 #include <QString>
 
@@ -17,6 +18,11 @@ QImage imageOf(const foundation::PictureRef& picture);
 // there is one. The type is the name's extension when none is given. Known pictures are kept by
 // name for the life of the process. Null when there is no such file or it cannot be read.
 QImage imageWithNameOfType(const QString& name, const QString& type = {}, double density = 1);
+
+// The same picture for screens of every density.
+QIcon iconWithName(const QString& name);
+// The picture of a catalogue entry by its "CIFFilterIcon"; null where none was made.
+QIcon entryIcon(const QString& name);
 
 // imageFromType: — the marks of the lists and the selection tool, 7 and 11 to 14; null for others.
 QImage imageFromType(int type, double density = 1);

@@ -1,0 +1,89 @@
+#include "editor/Forms.h"
+
+#include "editor/CCColorSlider.h"
+#include "platform/foundation/Bundle.h"
+
+#include <QComboBox>
+#include <QFile>
+#include <QLineEdit>
+#include <QMetaProperty>
+#include <QTabWidget>
+#include <QUiLoader>
+#include <QVariant>
+
+namespace editor {
+
+namespace {
+
+// Knows the window's own controls by the class names that forms give them.
+class FormLoader final : public QUiLoader {
+public:
+    QWidget* createWidget(const QString& className, QWidget* parent, const QString& name) override
+    {
+        if (className != QLatin1String("CCColorSlider"))
+            return QUiLoader::createWidget(className, parent, name);
+        auto* slider = new CCColorSlider(parent);
+        slider->setObjectName(name);
+        return slider;
+    }
+};
+
+void localizeTextsOf(QObject& object)
+{
+    static constexpr const char* kTexts[] = {
+        "windowTitle",    "title",          "text",
+        "toolTip",        "statusTip",      "whatsThis",
+        "suffix",         "accessibleName", "accessibleDescription",
+        "placeholderText"};
+    for (const char* name : kTexts) {
+        if (qobject_cast<QLineEdit*>(&object) && qstrcmp(name, "text") == 0)
+            continue;
+        const int index = object.metaObject()->indexOfProperty(name);
+        if (index < 0)
+            continue;
+        const QMetaProperty property = object.metaObject()->property(index);
+        const QString text = property.read(&object).toString();
+        if (property.isWritable() && !text.isEmpty())
+            property.write(&object, localizedString(text));
+    }
+    if (auto* menu = qobject_cast<QComboBox*>(&object))
+        for (int i = 0; i < menu->count(); ++i)
+            menu->setItemText(i, localizedString(menu->itemText(i)));
+    if (auto* tabs = qobject_cast<QTabWidget*>(&object))
+        for (int i = 0; i < tabs->count(); ++i)
+            tabs->setTabText(i, localizedString(tabs->tabText(i)));
+}
+
+} // namespace
+
+QWidget* loadForm(const QString& name, QWidget* parent)
+{
+    const auto path = foundation::resourcePath(name.toStdString(), "ui", "forms");
+    if (!path)
+        return nullptr;
+    QFile file(QString::fromStdString(path->string()));
+    if (!file.open(QIODevice::ReadOnly))
+        return nullptr;
+    FormLoader loader;
+    // Not by the host's own translators.
+    loader.setTranslationEnabled(false);
+    QWidget* form = loader.load(&file, parent);
+    if (form)
+        localizeTexts(*form);
+    return form;
+}
+
+void localizeTexts(QObject& root)
+{
+    localizeTextsOf(root);
+    const auto all = root.findChildren<QObject*>();
+    for (QObject* object : all)
+        localizeTextsOf(*object);
+}
+
+QString localizedString(const QString& key)
+{
+    return QString::fromStdString(foundation::localizedString(key.toStdString()));
+}
+
+} // namespace editor
