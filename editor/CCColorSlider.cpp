@@ -206,7 +206,14 @@ void CCColorSlider::focusInEvent(QFocusEvent* event)
     else if (event->reason() == Qt::BacktabFocusReason && !_bKeyColorSelectionMode)
         _focusedMark = Mark::End;
     QWidget::focusInEvent(event);
-    editor::announceFocus(*this);
+    // After the toolkit's own word, which is of the whole slider.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (hasFocus())
+                editor::announceFocus(*this);
+        },
+        Qt::QueuedConnection);
 }
 
 bool CCColorSlider::focusNextPrevChild(bool next)

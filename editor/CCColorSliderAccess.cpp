@@ -70,8 +70,8 @@ public:
     QString text(QAccessible::Text kind) const override
     {
         if (kind == QAccessible::Name)
-            return localizedString(_mark == Mark::Start ? QStringLiteral("range start")
-                                                        : QStringLiteral("range end"));
+            return _mark == Mark::Start ? localizedString("range start")
+                                        : localizedString("range end");
         return kind == QAccessible::Value ? degrees() : QString();
     }
     void setText(QAccessible::Text, const QString&) override {}
@@ -124,8 +124,7 @@ public:
         const QString given = QAccessibleWidget::text(kind);
         if (kind != QAccessible::Name || !given.isEmpty())
             return given;
-        return localizedString(isRange() ? QStringLiteral("color range")
-                                         : QStringLiteral("key color"));
+        return isRange() ? localizedString("color range") : localizedString("key color");
     }
     int childCount() const override { return isRange() ? 2 : 0; }
     QAccessibleInterface* child(int index) const override
@@ -176,6 +175,12 @@ QAccessibleInterface* makeInterface(const QString&, QObject* object)
     return slider ? new SliderInterface(*slider) : nullptr;
 }
 
+// The slider itself in key-colour mode.
+int childOf(const CCColorSlider& slider, Mark mark)
+{
+    return slider.isKeyColorSelectionMode() ? -1 : mark == Mark::Start ? 0 : 1;
+}
+
 } // namespace
 
 void announceColorSliders()
@@ -189,26 +194,16 @@ void announceColorSliders()
 
 void announceValue(CCColorSlider& slider, Mark mark)
 {
-    if (!QAccessible::isActive())
-        return;
-    QAccessibleInterface* one = QAccessible::queryAccessibleInterface(&slider);
-    if (one && one->childCount() > 0)
-        one = one->child(mark == Mark::Start ? 0 : 1);
-    if (!one)
-        return;
-    QAccessibleValueChangeEvent event(one, one->valueInterface()->currentValue());
+    QAccessibleValueChangeEvent event(&slider, slider.value(mark));
+    event.setChild(childOf(slider, mark));
     QAccessible::updateAccessibility(&event);
 }
 
 void announceFocus(CCColorSlider& slider)
 {
-    if (!QAccessible::isActive())
-        return;
-    if (QAccessibleInterface* all = QAccessible::queryAccessibleInterface(&slider))
-        if (QAccessibleInterface* focused = all->focusChild()) {
-            QAccessibleEvent event(focused, QAccessible::Focus);
-            QAccessible::updateAccessibility(&event);
-        }
+    QAccessibleEvent event(&slider, QAccessible::Focus);
+    event.setChild(childOf(slider, slider.focusedMark()));
+    QAccessible::updateAccessibility(&event);
 }
 
 } // namespace editor

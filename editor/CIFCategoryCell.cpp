@@ -7,6 +7,8 @@
 #include <QPainter>
 #include <QStyle>
 
+#include <algorithm>
+
 namespace {
 
 constexpr QSize kIconSize(24, 24);
@@ -70,11 +72,13 @@ void CIFCategoryCell::paint(QPainter* painter, const QStyleOptionViewItem& optio
 
 QSize CIFCategoryCell::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const
 {
-    if (!index.data(editor::CatalogueModel::SeparatorRole).toBool())
-        return QStyledItemDelegate::sizeHint(option, index) + QSize(0, 4);
     QStyleOptionViewItem cell = option;
     initStyleOption(&cell, index);
     const QFontMetrics metrics(cell.font);
+    if (!index.data(editor::CatalogueModel::SeparatorRole).toBool()) {
+        const QSize size = QStyledItemDelegate::sizeHint(option, index);
+        return {size.width(), std::max(size.height() + 2, metrics.height() + 6)};
+    }
     // One point above the name, so that its middle lies on the line.
     return {metrics.horizontalAdvance(cell.text) + 2 * kGap, metrics.height() + 2};
 }

@@ -2,7 +2,12 @@
 
 #include "editor/Painting.h"
 
+#include <QApplication>
+#include <QIcon>
 #include <QPainter>
+#include <QStyle>
+
+#include <utility>
 
 namespace {
 
@@ -15,7 +20,14 @@ void CIFImageCategoryCell::drawInteriorWithFrameInView(QPainter& painter,
                                                        const QModelIndex& index) const
 {
     if (index.data(Qt::DecorationRole).isValid()) {
-        QStyledItemDelegate::paint(&painter, option, index);
+        // The style would put it where a text's picture goes.
+        QStyleOptionViewItem cell = option;
+        initStyleOption(&cell, index);
+        const QIcon image = std::exchange(cell.icon, {});
+        const QStyle* style = cell.widget ? cell.widget->style() : QApplication::style();
+        style->drawControl(QStyle::CE_ItemViewItem, &cell, &painter, cell.widget);
+        image.paint(&painter,
+                    QStyle::alignedRect(cell.direction, Qt::AlignCenter, kMarkSize, cell.rect));
         return;
     }
     const QRect frame = option.rect;
@@ -29,8 +41,7 @@ void CIFImageCategoryCell::initStyleOption(QStyleOptionViewItem* option,
                                            const QModelIndex& index) const
 {
     QStyledItemDelegate::initStyleOption(option, index);
-    option->decorationAlignment = Qt::AlignCenter;
-    option->decorationSize = kMarkSize;
+    option->features &= ~QStyleOptionViewItem::HasDecoration;
 }
 
 void CIFImageCategoryCell::paint(QPainter* painter, const QStyleOptionViewItem& option,

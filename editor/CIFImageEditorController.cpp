@@ -127,8 +127,8 @@ editor::CellValue CIFImageEditorController::tableViewObjectValueForTableColumnRo
         const auto name = _CIFPlugInInstance->CIFFilterNameAtIndexSkipCategories(
             static_cast<std::uint32_t>(row), false);
         value.FTSeparatorCell = identifier.isNull();
-        value.string = editor::localizedString(fromUtf8(
-            name ? *name : _CIFPlugInInstance->CIFCategoryNameWithinFilterNameAtIndex(row)));
+        value.string = editor::localizedString(
+            name ? *name : _CIFPlugInInstance->CIFCategoryNameWithinFilterNameAtIndex(row));
     } else if (column == u"mark" && !identifier.isNull()) {
         const DictionaryRef entry =
             _CIFPlugInInstance->CIFDescriptorForFilterName(identifier.toStdString());
@@ -148,7 +148,7 @@ void CIFImageEditorController::createToolbar()
         _toolbar->setObjectName(name);
         _window->addToolBar(_toolbar);
     }
-    _toolbar->setWindowTitle(editor::localizedString(QStringLiteral("Properties Toolbar")));
+    _toolbar->setWindowTitle(editor::localizedString("Properties Toolbar"));
     _toolbar->setIconSize({16, 16});
     // The pictures are all the same.
     _toolbar->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
@@ -184,8 +184,8 @@ void CIFImageEditorController::showToolbarMenu(const QPoint& position)
             continue;
         }
         if (!category)
-            category = menu.addMenu(itemTitle(editor::localizedString(
-                fromUtf8(_CIFPlugInInstance->CIFCategoryNameAtIndex(index++)))));
+            category = menu.addMenu(itemTitle(
+                editor::localizedString(_CIFPlugInInstance->CIFCategoryNameAtIndex(index++))));
         QAction* choice = category->addAction(itemTitle(item->toolTip()));
         choice->setCheckable(true);
         choice->setChecked(item->isVisible());
@@ -217,8 +217,7 @@ QAction* CIFImageEditorController::toolbarItemForItemIdentifierWillBeInsertedInt
     for (int i = 0; plugIn && i < plugIn->CIFFilterCategoriesCount(); ++i)
         for (int j = 0; j < plugIn->CIFFilterCountForCategoryAtIndex(i); ++j)
             if (fromUtf8(plugIn->CIFFilterIdentifierAtIndexForCategoryIndex(j, i)) == identifier) {
-                furnish(editor::localizedString(
-                            fromUtf8(plugIn->CIFFilterNameAtIndexForCategoryIndex(j, i))),
+                furnish(editor::localizedString(plugIn->CIFFilterNameAtIndexForCategoryIndex(j, i)),
                         "shapes");
                 return item;
             }
@@ -247,7 +246,7 @@ QStringList CIFImageEditorController::toolbarSelectableItemIdentifiers(
 
 QMenu* CIFImageEditorController::createViewMenu(QMenuBar& menuBar) const
 {
-    QMenu* menu = menuBar.addMenu(editor::localizedString(QStringLiteral("&View")));
+    QMenu* menu = menuBar.addMenu(editor::localizedString("&View"));
     if (_toolbar)
         menu->addAction(_toolbar->toggleViewAction());
     return menu;
@@ -255,7 +254,7 @@ QMenu* CIFImageEditorController::createViewMenu(QMenuBar& menuBar) const
 
 void CIFImageEditorController::propertiesTabChange(QAction* sender)
 {
-    _CIFFilterName = sender->data().toString();
+    _CIFFilterName = sender->data().toString().toStdString();
 }
 
 std::unique_ptr<QMenu> CIFImageEditorController::filtersMenuWithGroupDesc(
@@ -269,7 +268,7 @@ std::unique_ptr<QMenu> CIFImageEditorController::filtersMenuWithGroupDesc(
         if (!descriptor)
             continue;
         QAction* item = menu->addAction(
-            itemTitle(editor::localizedString(fromUtf8(descriptor->stringValue("CIFFilterName")))));
+            itemTitle(editor::localizedString(descriptor->stringValue("CIFFilterName"))));
         item->setData(fromUtf8(descriptor->stringValue("CIFFilterIdentifier")));
     }
     return menu;

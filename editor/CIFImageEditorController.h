@@ -12,6 +12,7 @@
 #include <QStringList>
 
 #include <memory>
+#include <string>
 
 class CIFMain;
 class QAction;
@@ -41,8 +42,8 @@ public:
     QMainWindow* window() const;
     void setWindow(QMainWindow* window);
 
-    // filterName — the current entry; a null string when none is chosen.
-    QString filterName() const { return _CIFFilterName; }
+    // filterName — identifier of the current entry; empty when none is chosen.
+    std::string filterName() const { return _CIFFilterName; }
 
     // Both lists show the catalogue of the plug-in object's current effects set.
 
@@ -90,7 +91,7 @@ private:
     void showToolbarMenu(const QPoint& position);
 
     std::unique_ptr<CIFMain> _CIFPlugInInstance;
-    QString _CIFFilterName;
+    std::string _CIFFilterName;
     QPointer<QMainWindow> _window;
     QPointer<QToolBar> _toolbar;
 };

@@ -39,9 +39,16 @@ double countedValue(const QLineEdit& field)
         static_cast<double>(std::strtoll(field.text().toLatin1().constData(), nullptr, 10)));
 }
 
+// What divisions leave of a whole number is that number: the last bit decides about no pixel.
+double settled(double value)
+{
+    const double whole = std::round(value);
+    return std::abs(value - whole) <= 1e-12 * std::max(1.0, whole) ? whole : value;
+}
+
 void showCut(QLineEdit& field, double value)
 {
-    field.setText(QString::number(foundation::truncToInt(value)));
+    field.setText(QString::number(foundation::truncToInt(settled(value))));
 }
 
 enum Unit { Pixels, Percent };
@@ -104,13 +111,14 @@ bool CIFImageInfoController::load(QWidget* parent)
     connect(_makeThumbnailButton, &QAbstractButton::clicked, this,
             [this] { makeThumbnailButton(_makeThumbnailButton); });
     // The box puts its buttons into the desktop's order; its own texts are the toolkit's.
-    const std::pair<QDialogButtonBox::StandardButton, const char*> texts[] = {
-        {QDialogButtonBox::Cancel, "Cancel"}, {QDialogButtonBox::Ok, "OK"}};
+    const std::pair<QDialogButtonBox::StandardButton, QString> texts[] = {
+        {QDialogButtonBox::Cancel, editor::localizedString("Cancel")},
+        {QDialogButtonBox::Ok, editor::localizedString("OK")}};
     for (int tag = 0; tag < 2; ++tag)
         if (QPushButton* button = buttons->button(texts[tag].first)) {
             button->setProperty("tag", tag);
             button->setDefault(tag != 0);
-            button->setText(editor::localizedString(QLatin1String(texts[tag].second)));
+            button->setText(texts[tag].second);
             connect(button, &QAbstractButton::clicked, this, [=, this] { close(button); });
         }
     return true;
@@ -147,7 +155,7 @@ bool CIFImageInfoController::
                                  disableFitToSize))
         return false;
     _didEnd = std::move(didEnd);
-    _window->setWindowFlag(Qt::Sheet);
+    _window->setWindowFlags((_window->windowFlags() & ~Qt::WindowType_Mask) | Qt::Sheet);
     _window->setWindowModality(Qt::WindowModal);
     _window->show();
     return true;
@@ -193,7 +201,8 @@ void CIFImageInfoController::controlTextDidChange(QLineEdit* field)
             tempSizePercent = {v, v};
             tempSizePixel = {v * W / 100, v * H / 100};
         } else {
-            showCut(other, counted(std::ceil(isWidth ? v / _dImageSizeRate : v * _dImageSizeRate)));
+            const double side = isWidth ? v / _dImageSizeRate : v * _dImageSizeRate;
+            showCut(other, counted(std::ceil(settled(side))));
             (isWidth ? tempSizePixel.width : tempSizePixel.height) = v;
             const double percent = v / (isWidth ? W : H) * 100;
             tempSizePercent = {percent, percent};

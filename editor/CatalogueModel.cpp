@@ -23,13 +23,13 @@ QString meaningOfMark(int imageType)
 {
     switch (imageType) {
     case 11:
-        return localizedString(QStringLiteral("Has a center in the picture"));
+        return localizedString("Has a center in the picture");
     case 12:
-        return localizedString(QStringLiteral("Has colors"));
+        return localizedString("Has colors");
     case 13:
-        return localizedString(QStringLiteral("Works on the selection"));
+        return localizedString("Works on the selection");
     case 14:
-        return localizedString(QStringLiteral("Has a center in the picture and colors"));
+        return localizedString("Has a center in the picture and colors");
     default:
         return {};
     }
@@ -112,13 +112,8 @@ QVariant CatalogueModel::data(const QModelIndex& index, int role) const
     if (!row.mark.imageType)
         return {};
     switch (role) {
-    case Qt::DecorationRole: {
-        QIcon icon;
-        for (const int density : {1, 2})
-            if (const QImage image = imageFromType(*row.mark.imageType, density); !image.isNull())
-                icon.addPixmap(QPixmap::fromImage(image));
-        return icon;
-    }
+    case Qt::DecorationRole:
+        return iconFromType(*row.mark.imageType);
     case Qt::ToolTipRole:
     case Qt::AccessibleTextRole:
         return meaningOfMark(*row.mark.imageType);

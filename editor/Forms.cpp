@@ -28,6 +28,11 @@ public:
     }
 };
 
+QString localized(const QString& key)
+{
+    return localizedString(key.toStdString());
+}
+
 void localizeTextsOf(QObject& object)
 {
     static constexpr const char* kTexts[] = {
@@ -44,14 +49,14 @@ void localizeTextsOf(QObject& object)
         const QMetaProperty property = object.metaObject()->property(index);
         const QString text = property.read(&object).toString();
         if (property.isWritable() && !text.isEmpty())
-            property.write(&object, localizedString(text));
+            property.write(&object, localized(text));
     }
     if (auto* menu = qobject_cast<QComboBox*>(&object))
         for (int i = 0; i < menu->count(); ++i)
-            menu->setItemText(i, localizedString(menu->itemText(i)));
+            menu->setItemText(i, localized(menu->itemText(i)));
     if (auto* tabs = qobject_cast<QTabWidget*>(&object))
         for (int i = 0; i < tabs->count(); ++i)
-            tabs->setTabText(i, localizedString(tabs->tabText(i)));
+            tabs->setTabText(i, localized(tabs->tabText(i)));
 }
 
 } // namespace
@@ -81,9 +86,9 @@ void localizeTexts(QObject& root)
         localizeTextsOf(*object);
 }
 
-QString localizedString(const QString& key)
+QString localizedString(std::string_view key)
 {
-    return QString::fromStdString(foundation::localizedString(key.toStdString()));
+    return QString::fromStdString(foundation::localizedString(key));
 }
 
 } // namespace editor

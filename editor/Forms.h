@@ -3,6 +3,8 @@
 
 #include <QString>
 
+#include <string_view>
+
 class QObject;
 class QWidget;
 
@@ -16,7 +18,8 @@ QWidget* loadForm(const QString& name, QWidget* parent = nullptr);
 // titles, labels, items, tips and what screen readers say, but not what is typed into fields.
 void localizeTexts(QObject& root);
 
-// foundation::localizedString
-QString localizedString(const QString& key);
+// foundation::localizedString, for texts on the screen. (A test finds the keys that are written out
+// in the sources, so write `localizedString("…")`.)
+QString localizedString(std::string_view key);
 
 } // namespace editor

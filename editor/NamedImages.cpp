@@ -53,6 +53,7 @@ QImage knownImage(const QString& base, const QString& kind, const QString& subfo
 
 QIcon icon(const QString& name, const QString& subfolder)
 {
+    // By their pixels alone, so that densities between 1 and 2 shrink the larger one.
     QIcon both;
     for (const char* density : {"", "@2x"}) {
         const QImage image =
@@ -90,13 +91,29 @@ QIcon entryIcon(const QString& name)
     return name.isEmpty() ? QIcon() : icon(name, QStringLiteral("Icons"));
 }
 
-QImage imageFromType(int type, double density)
+namespace {
+
+// Empty for a type without a picture.
+QString nameOfType(int type)
 {
     for (const plugin::SmallPicture& small : plugin::kSmallPictures)
         if (small.type == type)
-            return imageWithNameOfType(QString::fromLatin1(small.name), QStringLiteral("tif"),
-                                       density);
+            return QString::fromLatin1(small.name);
     return {};
+}
+
+} // namespace
+
+QImage imageFromType(int type, double density)
+{
+    const QString name = nameOfType(type);
+    return name.isEmpty() ? QImage() : imageWithNameOfType(name, QStringLiteral("tif"), density);
+}
+
+QIcon iconFromType(int type)
+{
+    const QString name = nameOfType(type);
+    return name.isEmpty() ? QIcon() : iconWithName(name);
 }
 
 const QCursor& cursorFromType(int type)

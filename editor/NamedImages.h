@@ -26,6 +26,7 @@ QIcon entryIcon(const QString& name);
 
 // imageFromType: — the marks of the lists and the selection tool, 7 and 11 to 14; null for others.
 QImage imageFromType(int type, double density = 1);
+QIcon iconFromType(int type);
 
 // cursorFromType: — 0 to 11; 6 is the I-beam and 7, like all others, the arrow. The same cursor
 // every time.

@@ -3,7 +3,9 @@
 
 #include <QApplication>
 #include <QFont>
+#include <QSettings>
 #include <QStyleFactory>
+#include <QTemporaryDir>
 
 #include <gmock/gmock.h>
 
@@ -12,6 +14,8 @@ int main(int count, char** arguments)
     testing::InitGoogleMock(&count, arguments);
     qputenv("QT_QPA_PLATFORM", "offscreen");
     foundation::setLanguage("C");
+    const QTemporaryDir configuration;
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, configuration.path());
     QApplication application(count, arguments);
     QApplication::setStyle(QStyleFactory::create("Fusion"));
     QApplication::setFont(QFont("DejaVu Sans", 9));
