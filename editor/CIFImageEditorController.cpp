@@ -176,7 +176,6 @@ void CIFImageEditorController::showToolbarMenu(const QPoint& position)
 {
     QMenu menu;
     QMenu* category = nullptr;
-    int index = 0;
     const QList<QAction*> items = _toolbar->actions();
     for (QAction* item : items) {
         if (item->isSeparator()) {
@@ -184,8 +183,7 @@ void CIFImageEditorController::showToolbarMenu(const QPoint& position)
             continue;
         }
         if (!category)
-            category = menu.addMenu(itemTitle(
-                editor::localizedString(_CIFPlugInInstance->CIFCategoryNameAtIndex(index++))));
+            category = menu.addMenu(itemTitle(item->property("category").toString()));
         QAction* choice = category->addAction(itemTitle(item->toolTip()));
         choice->setCheckable(true);
         choice->setChecked(item->isVisible());
@@ -219,6 +217,8 @@ QAction* CIFImageEditorController::toolbarItemForItemIdentifierWillBeInsertedInt
             if (fromUtf8(plugIn->CIFFilterIdentifierAtIndexForCategoryIndex(j, i)) == identifier) {
                 furnish(editor::localizedString(plugIn->CIFFilterNameAtIndexForCategoryIndex(j, i)),
                         "shapes");
+                item->setProperty("category",
+                                  editor::localizedString(plugIn->CIFCategoryNameAtIndex(i)));
                 return item;
             }
     return item;

@@ -278,16 +278,15 @@ void CIFImageInfoController::end(int returnCode)
 
 bool CIFImageInfoController::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched != _window || !_window->isVisible())
+    // The type first: other events come while the window is no dialog any more.
+    const bool isClose = event->type() == QEvent::Close;
+    const bool isCancel = event->type() == QEvent::KeyPress &&
+                          static_cast<QKeyEvent*>(event)->matches(QKeySequence::Cancel);
+    if (!(isClose || isCancel) || watched != _window || !_window->isVisible())
         return QObject::eventFilter(watched, event);
-    if (event->type() == QEvent::Close) {
+    if (isClose)
         windowWillClose();
-        return true;
-    }
-    if (event->type() == QEvent::KeyPress &&
-        static_cast<QKeyEvent*>(event)->matches(QKeySequence::Cancel)) {
+    else
         close(_window->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Cancel));
-        return true;
-    }
-    return QObject::eventFilter(watched, event);
+    return true;
 }

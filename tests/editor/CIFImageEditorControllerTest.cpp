@@ -5,9 +5,11 @@
 #include "plugin/Catalogue.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QTimer>
 #include <QToolBar>
 
 #include <gtest/gtest.h>
@@ -113,6 +115,41 @@ TEST_F(Controller, FillsTheToolbarAndHidesItUntilItIsWanted)
     controller.createToolbar();
     EXPECT_EQ(controller.toolbar(), made);
     EXPECT_EQ(made->actions().size(), 66 + 8);
+}
+
+TEST_F(Controller, LetsTheUserChooseTheToolbarsItems)
+{
+    window.show();
+    controller.createToolbar();
+    QToolBar* made = controller.toolbar();
+    made->show();
+    controller.plugIn()->CIFSetEffectsSet(1); // the other list is shown by now
+    const auto choose = [&](const char* category, const char* name) {
+        QTimer::singleShot(0, made, [=] {
+            auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+            ASSERT_NE(menu, nullptr);
+            EXPECT_EQ(menu->actions().size(), 9 + 2); // a separator and the toolbar itself
+            for (const QAction* one : menu->actions())
+                for (QAction* choice : one->menu() ? one->menu()->actions() : QList<QAction*>())
+                    if (one->text() == QLatin1String(category) &&
+                        choice->text() == QLatin1String(name))
+                        choice->trigger();
+            menu->close();
+        });
+        Q_EMIT made->customContextMenuRequested(QPoint(5, 5));
+    };
+    const auto isShown = [&](const char* identifier) {
+        for (const QAction* one : made->actions())
+            if (one->data() == identifier)
+                return one->isVisible();
+        return false;
+    };
+    EXPECT_TRUE(isShown("CIFSobel"));
+    choose("Style", "Sobel");
+    EXPECT_FALSE(isShown("CIFSobel"));
+    EXPECT_TRUE(isShown("CIBloom"));
+    choose("Style", "Sobel");
+    EXPECT_TRUE(isShown("CIFSobel"));
 }
 
 TEST_F(Controller, MakesAMenuOfAGroup)
