@@ -40,14 +40,14 @@ QSize CCColorSlider::minimumSizeHint() const
 }
 
 // The only place where the toolkit's y, which goes down, meets the cell's.
-QPointF CCColorSlider::toCell(QPointF p) const
+QPointF CCColorSlider::toCell(QPointF widgetPoint) const
 {
-    return {p.x() - kMargin, height() - kMargin - p.y()};
+    return {widgetPoint.x() - kMargin, height() - kMargin - widgetPoint.y()};
 }
 
-QPointF CCColorSlider::fromCell(QPointF p) const
+QPointF CCColorSlider::fromCell(QPointF cellPoint) const
 {
-    return {p.x() + kMargin, height() - kMargin - p.y()};
+    return {cellPoint.x() + kMargin, height() - kMargin - cellPoint.y()};
 }
 
 double CCColorSlider::value(Mark mark) const
@@ -170,7 +170,7 @@ void CCColorSlider::keyPressEvent(QKeyEvent* event)
     const double now = value(_focusedMark);
     const bool both = event->modifiers().testFlag(Qt::ShiftModifier);
     // Hues do not turn round with the direction of the text.
-    double to = now;
+    double to;
     switch (event->key()) {
     case Qt::Key_Left:
     case Qt::Key_Down:

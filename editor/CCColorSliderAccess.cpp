@@ -121,7 +121,7 @@ public:
     {
         if (kind == QAccessible::Value)
             return isRange() ? QString() : degrees();
-        const QString given = QAccessibleWidget::text(kind);
+        QString given = QAccessibleWidget::text(kind);
         if (kind != QAccessible::Name || !given.isEmpty())
             return given;
         return isRange() ? localizedString("color range") : localizedString("key color");

@@ -131,9 +131,9 @@ void CCColorSliderCell::validateValues()
         *mark = *mark > 0 ? std::min(*mark, _gradientRect.width()) : 0;
 }
 
-QPolygonF CCColorSliderCell::markShape(double m) const
+QPolygonF CCColorSliderCell::markShape(double position) const
 {
-    const double x = _gradientRect.x() - kSide + m;
+    const double x = _gradientRect.x() - kSide + position;
     const double y = _gradientRect.y() - kBelow;
     const QPointF apex{x + kSide, y + kBelow};
     return QPolygonF({apex, {x, y}, {x + kBelow, y}, apex});

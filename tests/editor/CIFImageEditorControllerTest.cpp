@@ -78,8 +78,8 @@ TEST_F(Controller, MakesToolbarItemsOfEntries)
 
 TEST_F(Controller, FillsTheToolbarAndHidesItUntilItIsWanted)
 {
-    window.show();
     controller.createToolbar();
+    window.show();
     QToolBar* made = controller.toolbar();
     ASSERT_NE(made, nullptr);
     EXPECT_EQ(made->objectName(), "Properties toolbar");
