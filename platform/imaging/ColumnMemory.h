@@ -3,6 +3,7 @@
 
 #include "platform/imaging/Node.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -10,33 +11,45 @@
 namespace imaging {
 
 // Spans come tile by tile and, in a tile, one above the other, so an evaluator that needs nearly
-// the same rows again can keep its work for them. Each thread has room for the columns of a few
-// evaluators, as several may be read in turn. A state outlives its evaluator until another takes
-// its room.
+// the same again can keep its work for them. Each thread has room for a few columns of spans of any
+// evaluators with this kind of state; the one that was used longest ago makes room.
 template <class State>
 class ColumnMemory {
 public:
-    // This thread's state for the column of spans above and below this one. Calls restart(state)
-    // where the state was another's.
+    static constexpr int kColumns = 16;
+
+    ColumnMemory() = default;
+    ColumnMemory(const ColumnMemory&) = delete;
+    ColumnMemory& operator=(const ColumnMemory&) = delete;
+
+    // This thread's state for the column of spans above and below this one, after restart(state)
+    // where it was another's. Good until the thread has asked for kColumns others.
     template <class Restart>
     State& of(const Span& span, const Restart& restart) const
     {
-        struct Slot {
-            std::uint64_t owner = 0;
+        struct Column {
+            std::uint64_t owner = 0, lastUse = 0;
             int x = 0, count = 0;
             State state;
         };
-        thread_local std::array<Slot, 4> slots;
-        thread_local unsigned next = 0;
-        for (Slot& s : slots)
-            if (s.owner == _owner && s.x == span.x && s.count == span.count)
-                return s.state;
-        Slot& s = slots[next++ % slots.size()];
-        s.owner = _owner;
-        s.x = span.x;
-        s.count = span.count;
-        restart(s.state);
-        return s.state;
+        thread_local std::array<Column, kColumns> columns;
+        thread_local std::uint64_t now = 0;
+        ++now;
+        for (Column& c : columns)
+            if (c.owner == _owner && c.x == span.x && c.count == span.count) {
+                c.lastUse = now;
+                return c.state;
+            }
+        Column& c =
+            *std::min_element(columns.begin(), columns.end(), [](const Column& a, const Column& b) {
+                return a.lastUse < b.lastUse;
+            });
+        c.owner = _owner;
+        c.lastUse = now;
+        c.x = span.x;
+        c.count = span.count;
+        restart(c.state);
+        return c.state;
     }
 
 private:

@@ -5,7 +5,6 @@
 // blur, and a cubic B-spline brings it back. The weights of the sum are those with which the three
 // together come closest to the Gaussian. All grids are anchored to the plane, so that a pixel comes
 // out the same whatever region is asked for.
-#include "platform/imaging/ColumnMemory.h"
 #include "platform/imaging/KeptRows.h"
 #include "platform/imaging/Kernel.h"
 #include "platform/imaging/Words.h"
@@ -13,7 +12,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 
 namespace imaging {
 
@@ -518,7 +516,8 @@ public:
     }
 
     WordRows(PixelBlockRef block, Border border, const std::vector<float>& weights)
-        : _block(std::move(block)), _border(border), _radius(static_cast<int>(weights.size()) / 2)
+        : _block(std::move(block)), _border(border), _radius(static_cast<int>(weights.size()) / 2),
+          _kept(2 * _radius + 1, std::size_t{4} * kStride)
     {
         std::vector<int> whole(_radius + 2);
         whole[0] = kOne;
@@ -534,10 +533,7 @@ public:
 
     void row(const Span& span, const Strip& out) const override
     {
-        Kept& kept = _memory.of(span, [this](Kept& fresh) {
-            fresh.y.assign(2 * _radius + 1, std::numeric_limits<int>::min());
-            fresh.words.resize(std::size_t{4} * kStride * fresh.y.size());
-        });
+        Kept::Column& kept = _kept.column(span);
         const IRect& r = _block->rect;
         const bool clamped = _border == Border::Clamped;
         const bool opaque =
@@ -573,14 +569,10 @@ private:
     // Of a plane; whole lanes are read and written past the end.
     static constexpr int kStride = kStripWidth + 2 * PlainRows::kMaximumRadius + 4 * kLanes;
 
-    // What one thread remembers of one tile column: a ring of rows.
-    struct Kept {
-        std::vector<int> y;
-        std::vector<std::int16_t> words;
-    };
+    using Kept = KeptRowsOf<std::int16_t>;
 
     // Null for a row of nothing.
-    const std::int16_t* rowAcross(Kept& kept, const Span& span, int y) const
+    const std::int16_t* rowAcross(Kept::Column& kept, const Span& span, int y) const
     {
         const IRect& r = _block->rect;
         if (y < r.bottom || y >= r.top) {
@@ -588,20 +580,16 @@ private:
                 return nullptr;
             y = std::clamp(y, r.bottom, r.top - 1);
         }
-        const std::size_t slot = static_cast<unsigned>(y - r.bottom) % kept.y.size();
-        std::int16_t* out = kept.words.data() + slot * 4 * kStride;
-        if (kept.y[slot] == y)
-            return out;
-        kept.y[slot] = y;
-        alignas(32) std::int16_t words[4 * kStride];
-        const int left = span.x - _radius, count = span.count + 2 * _radius;
-        if (_border == Border::Clamped)
-            readWordsClamped(*_block, left, count, y, words, kStride);
-        else
-            readWords(*_block, left, count, y, true, words, kStride);
-        for (int c = 0; c < (_border == Border::Clamped ? 3 : 4); ++c)
-            sumAcross(words + c * kStride, span.count, out + c * kStride);
-        return out;
+        return kept.row(y, [&](std::int16_t* out) {
+            alignas(32) std::int16_t words[4 * kStride];
+            const int left = span.x - _radius, count = span.count + 2 * _radius;
+            if (_border == Border::Clamped)
+                readWordsClamped(*_block, left, count, y, words, kStride);
+            else
+                readWords(*_block, left, count, y, true, words, kStride);
+            for (int c = 0; c < (_border == Border::Clamped ? 3 : 4); ++c)
+                sumAcross(words + c * kStride, span.count, out + c * kStride);
+        });
     }
 
     void sumAcross(const std::int16_t* words, int count, std::int16_t* out) const
@@ -642,7 +630,7 @@ private:
     Border _border;
     int _radius;
     std::vector<I> _across, _up; // pairs of weights
-    ColumnMemory<Kept> _memory;
+    Kept _kept;
 };
 
 // Gives spans of a coarse grid through the cubic B-spline.

@@ -2,36 +2,38 @@
 // rows reads most of them again for the row above.
 #pragma once
 
-#include "platform/imaging/Node.h"
+#include "platform/imaging/ColumnMemory.h"
 
-#include <array>
+#include <bit>
 #include <cstdint>
 #include <limits>
 #include <vector>
 
 namespace imaging {
 
-// One evaluator's kept rows. Each thread has its own, for a few columns of spans at a time: a tile
-// computes a row once, and nothing larger than a tile is stored.
-class KeptRows {
+// One evaluator's kept rows of floats or other numbers. A tile computes a row once, and nothing
+// larger than a tile is stored.
+template <class Number>
+class KeptRowsOf {
     static constexpr int kNever = std::numeric_limits<int>::min();
 
 public:
-    // Of `count` neighbouring rows none is computed twice; each has room for `floats` numbers.
-    KeptRows(int count, std::size_t floats);
-    KeptRows(const KeptRows&) = delete;
-    KeptRows& operator=(const KeptRows&) = delete;
+    // Of `count` neighbouring rows none is computed twice; each has room for so many numbers.
+    KeptRowsOf(int count, std::size_t numbers)
+        : _slots(std::bit_ceil(static_cast<unsigned>(count))), _numbersPerRow(numbers)
+    {
+    }
 
     // The rows over the columns of one span.
     class Column {
     public:
-        // Row y, filled by make(float* row) when it is not there. Good until a row `count` or more
+        // Row y, filled by make(Number* row) when it is not there. Good until a row `count` or more
         // away is asked for.
         template <class Make>
-        const float* row(int y, const Make& make)
+        const Number* row(int y, const Make& make)
         {
-            const unsigned slot = static_cast<unsigned>(y) & _mask;
-            float* row = _floats.data() + slot * _floatsPerRow;
+            const unsigned slot = static_cast<unsigned>(y) & (static_cast<unsigned>(_y.size()) - 1);
+            Number* row = _numbers.data() + slot * _numbersPerRow;
             if (_y[slot] != y) {
                 _y[slot] = kNever;
                 make(row);
@@ -41,23 +43,26 @@ public:
         }
 
     private:
-        friend class KeptRows;
-        std::uint64_t _id = 0, _lastUse = 0;
-        int _x = 0, _count = 0;
-        unsigned _mask = 0;
-        std::size_t _floatsPerRow = 0;
+        friend class KeptRowsOf;
+        std::size_t _numbersPerRow = 0;
         std::vector<int> _y;
-        std::vector<float> _floats;
+        std::vector<Number> _numbers;
     };
-    // Good until the thread has asked for kColumns others.
-    Column& column(const Span& span) const;
-
-    static constexpr int kColumns = 16;
+    // Good until the thread has asked for ColumnMemory's number of others.
+    Column& column(const Span& span) const
+    {
+        return _memory.of(span, [this](Column& c) {
+            c._numbersPerRow = _numbersPerRow;
+            c._y.assign(_slots, kNever);
+            c._numbers.resize(_slots * _numbersPerRow);
+        });
+    }
 
 private:
-    std::uint64_t _id;
     unsigned _slots; // a power of two
-    std::size_t _floatsPerRow;
+    std::size_t _numbersPerRow;
+    ColumnMemory<Column> _memory;
 };
+using KeptRows = KeptRowsOf<float>;
 
 } // namespace imaging

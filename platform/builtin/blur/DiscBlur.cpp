@@ -9,13 +9,12 @@
 #include "platform/builtin/blur/Countable.h"
 #include "platform/builtin/blur/Extent.h"
 #include "platform/builtin/blur/Taps.h"
-#include "platform/imaging/ColumnMemory.h"
+#include "platform/imaging/KeptRows.h"
 #include "platform/imaging/Kernel.h"
 #include "platform/imaging/Words.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <map>
 
 namespace builtin {
@@ -184,61 +183,54 @@ public:
     static constexpr int kMaximumReach = kMostAtOnce / 2;
 
     ByteDisc(PixelBlockRef block, const Disc& disc)
-        : _block(std::move(block)), _disc(disc), _scale(static_cast<float>(1 / (255 * disc.sum)))
+        : _block(std::move(block)), _disc(disc),
+          _kept(2 * disc.reach + 1, static_cast<std::size_t>(8 * stride())),
+          _scale(static_cast<float>(1 / (255 * disc.sum)))
     {
     }
 
     void row(const Span& span, const Strip& out) const override
     {
         const int reach = _disc.reach;
-        Ring& ring = _memory.of(span, [&](Ring& fresh) {
-            fresh.y.assign(2 * reach + 1, std::numeric_limits<int>::min());
-            fresh.values.resize(fresh.y.size() * 4 * strideFor(span.count));
-            fresh.sums.resize(fresh.values.size());
-        });
-        std::ptrdiff_t offsets[2 * kMaximumReach + 1];
+        Rows::Column& kept = _kept.column(span);
+        const std::int16_t* rows[2 * kMaximumReach + 1];
         for (int dy = -reach; dy <= reach; ++dy)
-            offsets[dy + reach] = offsetOf(ring, span, span.y + dy);
+            rows[dy + reach] = rowOf(kept, span, span.y + dy);
         Sources& s = sources();
         s.runs.clear();
         int atOnce = 0;
         for (const Disc::Run& run : _disc.runs) {
-            const std::ptrdiff_t offset = offsets[run.dy + reach];
-            if (offset < 0)
+            const std::int16_t* row = rows[run.dy + reach];
+            if (!row)
                 continue;
             const int width = 2 * run.half + 1;
             const bool full = atOnce + width > kMostAtOnce;
             atOnce = full ? width : atOnce + width;
-            const std::uint16_t* p = ring.sums.data() + offset + reach;
+            const std::int16_t* p = row + 4 * stride() + reach;
             s.runs.push_back({p + run.half + 1, p - run.half, full});
         }
         s.rim.clear();
         s.groups.clear();
         for (const Disc::Group& g : _disc.rim) {
             for (const auto& [dx, dy] : g.places)
-                if (const std::ptrdiff_t offset = offsets[dy + reach]; offset >= 0)
-                    s.rim.push_back(ring.values.data() + offset + reach + dx);
+                if (const std::int16_t* row = rows[dy + reach])
+                    s.rim.push_back(row + reach + dx);
             s.groups.push_back({g.weight, s.rim.size()});
         }
         const bool inside = liesInside(*_block, span, reach, reach);
-        const std::ptrdiff_t stride = strideFor(span.count);
         float* const planes[] = {out.r, out.g, out.b, out.a};
         for (int i = 0; i < span.count; i += 2 * kLanes)
             for (int c = 0; c < (inside ? 3 : 4); ++c)
-                sum(s, c * stride, i, span.count, planes[c]);
+                sum(s, c * stride(), i, span.count, planes[c]);
         makeOpaque(*_block, span, reach, reach, out);
     }
 
 private:
-    struct Ring {
-        std::vector<int> y;
-        // Four planes a row.
-        std::vector<std::int16_t> values;
-        std::vector<std::uint16_t> sums; // of the values before
-    };
+    // Of four planes of values, and four of the sums of the values before, modulo 2^16.
+    using Rows = KeptRowsOf<std::int16_t>;
     struct Sources {
         struct Run {
-            const std::uint16_t *end, *begin;
+            const std::int16_t *end, *begin;
             bool afterEmptying; // no more of them fit into 16 bits
         };
         struct Group {
@@ -257,34 +249,27 @@ private:
     }
 
     // Of a plane: whole lanes are read past the end.
-    std::ptrdiff_t strideFor(int count) const { return count + 2 * _disc.reach + 4 * kLanes; }
+    std::ptrdiff_t stride() const { return kStripWidth + 2 * _disc.reach + 4 * kLanes; }
 
-    // Where a row begins in the ring; negative for a row that the picture does not have.
-    std::ptrdiff_t offsetOf(Ring& ring, const Span& span, int y) const
+    // Null for a row that the picture does not have.
+    const std::int16_t* rowOf(Rows::Column& kept, const Span& span, int y) const
     {
-        const IRect& r = _block->rect;
-        if (y < r.bottom || y >= r.top)
-            return -1;
-        const std::ptrdiff_t stride = strideFor(span.count);
-        const std::size_t slot = static_cast<unsigned>(y - r.bottom) % ring.y.size();
-        const std::ptrdiff_t offset = static_cast<std::ptrdiff_t>(slot) * 4 * stride;
-        if (ring.y[slot] == y)
-            return offset;
-        ring.y[slot] = y;
-        const int count = span.count + 2 * _disc.reach;
-        std::int16_t* values = ring.values.data() + offset;
-        readWords(*_block, span.x - _disc.reach, count, y, true, values, stride);
-        for (int c = 0; c < 4; ++c) {
-            const std::int16_t* v = values + c * stride;
-            std::uint16_t* s = ring.sums.data() + offset + c * stride;
-            std::uint16_t sum = 0;
-            for (int i = 0; i < count; ++i) {
-                s[i] = sum;
-                sum = static_cast<std::uint16_t>(sum + v[i]);
+        if (y < _block->rect.bottom || y >= _block->rect.top)
+            return nullptr;
+        return kept.row(y, [&](std::int16_t* row) {
+            const int count = span.count + 2 * _disc.reach;
+            readWords(*_block, span.x - _disc.reach, count, y, true, row, stride());
+            for (int c = 0; c < 4; ++c) {
+                const std::int16_t* values = row + c * stride();
+                std::int16_t* sums = row + (4 + c) * stride();
+                unsigned sum = 0;
+                for (int i = 0; i < count; ++i) {
+                    sums[i] = static_cast<std::int16_t>(sum);
+                    sum += static_cast<unsigned>(values[i]);
+                }
+                sums[count] = static_cast<std::int16_t>(sum);
             }
-            s[count] = sum;
-        }
-        return offset;
+        });
     }
 
     void sum(const Sources& s, std::ptrdiff_t plane, int i, int count, float* out) const
@@ -326,8 +311,8 @@ private:
     }
 
     PixelBlockRef _block;
-    ColumnMemory<Ring> _memory;
     Disc _disc;
+    Rows _kept;
     float _scale;
 };
 

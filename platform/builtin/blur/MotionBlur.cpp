@@ -8,7 +8,7 @@
 #include "platform/builtin/blur/BoxBlur.h"
 #include "platform/builtin/blur/Extent.h"
 #include "platform/builtin/blur/Taps.h"
-#include "platform/imaging/ColumnMemory.h"
+#include "platform/imaging/KeptRows.h"
 #include "platform/imaging/Kernel.h"
 #include "platform/imaging/Words.h"
 
@@ -80,17 +80,16 @@ private:
 // The taps over opaque bytes in whole numbers, two neighbours at a time.
 class ByteTaps : public Evaluator {
 public:
-    // Of the taps' distances. A ring of rows that wide and high is kept by each thread.
-    static constexpr int kMaximumReach = 256;
+    // Of the taps' distances. Rows that wide and high are kept by each thread.
+    static constexpr int kMaximumReach = 128;
 
-    ByteTaps(PixelBlockRef block, const std::vector<Tap>& taps) : _block(std::move(block))
+    ByteTaps(PixelBlockRef block, const std::vector<Tap>& taps, int reachX, int reachY)
+        : _block(std::move(block)), _reachX(reachX), _reachY(reachY),
+          _kept(2 * reachY + 1, static_cast<std::size_t>(4 * stride()))
     {
         double largest = 0;
-        for (const Tap& t : taps) {
+        for (const Tap& t : taps)
             largest = std::max(largest, t.weight);
-            _reachX = std::max(_reachX, std::abs(t.dx));
-            _reachY = std::max(_reachY, std::abs(t.dy));
-        }
         // As fine as 16 bits hold the largest weight and 31 the sum of bytes.
         const double scale = std::min(32767 / largest, double{1 << 23} - taps.size());
         const auto whole = [&](const Tap& t) { return static_cast<int>(t.weight * scale + 0.5); };
@@ -110,10 +109,7 @@ public:
     {
         const IRect& r = _block->rect;
         const bool inside = liesInside(*_block, span, _reachX, _reachY);
-        Ring& ring = _memory.of(span, [&](Ring& fresh) {
-            fresh.y.assign(2 * _reachY + 1, std::numeric_limits<int>::min());
-            fresh.words.resize(fresh.y.size() * 4 * strideFor(span.count));
-        });
+        Rows::Column& kept = _kept.column(span);
         // Pairs whose row the picture has.
         thread_local std::vector<Source> sources;
         sources.clear();
@@ -124,12 +120,11 @@ public:
             if (y < r.bottom || y >= r.top)
                 continue;
             if (y != at)
-                words = rowOf(ring, span, at = y);
+                words = rowOf(kept, span, at = y);
             sources.push_back({words + _reachX + p.dx, p.weights});
         }
-        const std::ptrdiff_t stride = strideFor(span.count);
         for (int i = 0; i < span.count; i += 2 * kLanes)
-            sum(sources, i, span.count, stride, !inside, out);
+            sum(sources, i, span.count, stride(), !inside, out);
         makeOpaque(*_block, span, _reachX, _reachY, out);
     }
 
@@ -142,25 +137,17 @@ private:
         const std::int16_t* words;
         I weights;
     };
-    struct Ring {
-        std::vector<int> y;
-        std::vector<std::int16_t> words;
-    };
+    using Rows = KeptRowsOf<std::int16_t>; // of four planes
 
     // Of a plane: the second neighbour and whole lanes are read past the end.
-    std::ptrdiff_t strideFor(int count) const { return count + 2 * _reachX + 4 * kLanes; }
+    std::ptrdiff_t stride() const { return kStripWidth + 2 * _reachX + 4 * kLanes; }
 
-    const std::int16_t* rowOf(Ring& ring, const Span& span, int y) const
+    const std::int16_t* rowOf(Rows::Column& kept, const Span& span, int y) const
     {
-        const unsigned rows = 2 * _reachY + 1;
-        const std::ptrdiff_t stride = strideFor(span.count);
-        const unsigned slot = static_cast<unsigned>(y - _block->rect.bottom) % rows;
-        std::int16_t* words = ring.words.data() + slot * 4 * stride;
-        if (ring.y[slot] != y) {
-            ring.y[slot] = y;
-            readWords(*_block, span.x - _reachX, span.count + 2 * _reachX, y, true, words, stride);
-        }
-        return words;
+        return kept.row(y, [&](std::int16_t* words) {
+            readWords(*_block, span.x - _reachX, span.count + 2 * _reachX, y, true, words,
+                      stride());
+        });
     }
 
     void sum(const std::vector<Source>& sources, int i, int count, std::ptrdiff_t stride,
@@ -200,9 +187,9 @@ private:
     }
 
     PixelBlockRef _block;
-    ColumnMemory<Ring> _memory;
     std::vector<Pair> _pairs;
-    int _reachX = 0, _reachY = 0;
+    int _reachX, _reachY;
+    Rows _kept;
     float _scale;
 };
 
@@ -224,7 +211,7 @@ public:
             return nullptr;
         if (block->format == PixelBlock::Format::OpaqueBytes &&
             std::max(_reachX, _reachY) <= ByteTaps::kMaximumReach)
-            return std::make_shared<ByteTaps>(std::move(block), _taps);
+            return std::make_shared<ByteTaps>(std::move(block), _taps, _reachX, _reachY);
         return std::make_shared<PlainTaps>(std::move(block), _taps);
     }
 
