@@ -502,57 +502,50 @@ private:
     KeptRows _kept;
 };
 
-// The same of opaque bytes in whole numbers. Weights are parts of 2^15 and sum to that, so that a
-// flat picture stays flat; rows summed across keep six binary places, so that 16 bits hold the sum
-// of two.
+// The same of opaque bytes: three planes, across in whole numbers of 16 bits, two weights at a
+// time.
 class WordRows : public Evaluator {
-    static constexpr int kOne = 1 << 15, kPlaces = 6;
-
 public:
-    // 16 bits must hold the weight of the middle.
+    // Weights so large that 16 bits hold them no finer than the sums would have it.
     static bool serves(const std::vector<float>& weights)
     {
-        return weights[weights.size() / 2] < 0.99f;
+        return weights[weights.size() / 2] < 0.9f;
     }
 
     WordRows(PixelBlockRef block, Border border, const std::vector<float>& weights)
         : _block(std::move(block)), _border(border), _radius(static_cast<int>(weights.size()) / 2),
+          _up(weights.begin() + _radius, weights.end()),
           _kept(2 * _radius + 1, std::size_t{4} * kStride)
     {
+        // As fine as 16 bits hold the largest weight and 31 the sum of bytes.
+        const double scale = std::min(32767.0 / _up[0], double{1 << 23} - weights.size());
         std::vector<int> whole(_radius + 2);
-        whole[0] = kOne;
-        for (int k = 1; k <= _radius; ++k) {
-            whole[k] = static_cast<int>(std::lround(weights[_radius + k] * kOne));
-            whole[0] -= 2 * whole[k];
+        int sum = 0;
+        for (int k = 0; k <= _radius; ++k) {
+            whole[k] = static_cast<int>(_up[k] * scale + 0.5);
+            sum += k == 0 ? whole[k] : 2 * whole[k];
         }
         for (int k = -_radius; k <= _radius; k += 2)
             _across.push_back(pairOfWeights(whole[std::abs(k)], whole[std::abs(k + 1)]));
-        for (int k = 0; k <= _radius; k += 2)
-            _up.push_back(pairOfWeights(whole[k], whole[k + 1]));
+        _scale = static_cast<float>(1 / (255.0 * sum));
     }
 
     void row(const Span& span, const Strip& out) const override
     {
-        Kept::Column& kept = _kept.column(span);
+        KeptRows::Column& kept = _kept.column(span);
         const IRect& r = _block->rect;
         const bool clamped = _border == Border::Clamped;
         const bool opaque =
             clamped || r.contains({span.x - _radius, span.y - _radius,
                                    span.x + span.count + _radius, span.y + _radius + 1});
-        // By their distance from the middle, below and above; the middle one has no other.
-        static constexpr std::int16_t kNothing[4 * kStride] = {};
-        const std::int16_t* rows[kMostRows][2];
-        rows[0][0] = rowAcross(kept, span, span.y);
-        rows[0][1] = kNothing;
-        for (int k = 1; k <= _radius; ++k) {
-            rows[k][0] = rowAcross(kept, span, span.y - k);
-            rows[k][1] = rowAcross(kept, span, span.y + k);
-        }
-        rows[_radius + 1][0] = rows[_radius + 1][1] = kNothing;
-        for (int k = 0; k <= _radius + 1; ++k)
-            for (const std::int16_t*& p : rows[k])
-                if (!p)
-                    p = kNothing;
+        // Below and above, by their distance from the middle.
+        static constexpr float kNothing[4 * kStride] = {};
+        const float* rows[PlainRows::kMaximumRadius + 1][2];
+        for (int k = 0; k <= _radius; ++k)
+            for (const int side : {0, 1}) {
+                const float* p = rowAcross(kept, span, side ? span.y + k : span.y - k);
+                rows[k][side] = p ? p : kNothing;
+            }
         float* const planes[] = {out.r, out.g, out.b, out.a};
         for (int c = 0; c < (opaque ? 3 : 4); ++c)
             sumUp(rows, c * kStride, span.count, planes[c]);
@@ -565,14 +558,11 @@ public:
     }
 
 private:
-    static constexpr int kMostRows = PlainRows::kMaximumRadius + 2;
     // Of a plane; whole lanes are read and written past the end.
     static constexpr int kStride = kStripWidth + 2 * PlainRows::kMaximumRadius + 4 * kLanes;
 
-    using Kept = KeptRowsOf<std::int16_t>;
-
     // Null for a row of nothing.
-    const std::int16_t* rowAcross(Kept::Column& kept, const Span& span, int y) const
+    const float* rowAcross(KeptRows::Column& kept, const Span& span, int y) const
     {
         const IRect& r = _block->rect;
         if (y < r.bottom || y >= r.top) {
@@ -580,7 +570,7 @@ private:
                 return nullptr;
             y = std::clamp(y, r.bottom, r.top - 1);
         }
-        return kept.row(y, [&](std::int16_t* out) {
+        return kept.row(y, [&](float* out) {
             alignas(32) std::int16_t words[4 * kStride];
             const int left = span.x - _radius, count = span.count + 2 * _radius;
             if (_border == Border::Clamped)
@@ -592,45 +582,48 @@ private:
         });
     }
 
-    void sumAcross(const std::int16_t* words, int count, std::int16_t* out) const
+    void sumAcross(const std::int16_t* words, int count, float* out) const
     {
-        constexpr int kDropped = 15 - kPlaces;
+        const F scale = _scale;
         for (int i = 0; i < count; i += 2 * kLanes) {
-            I even = 1 << (kDropped - 1), odd = even;
+            I even = 0, odd = 0;
             const std::int16_t* p = words + i;
             for (const I& w : _across) {
                 even = even + sumPairs(p, w);
                 odd = odd + sumPairs(p + 1, w);
                 p += 2;
             }
-            storeInts(out + i, shiftRight(even, kDropped) | (shiftRight(odd, kDropped) << 16));
+            I first, second;
+            zip(even, odd, first, second);
+            store(out + i, toFloat(first) * scale);
+            store(out + i + kLanes, toFloat(second) * scale);
         }
     }
 
-    void sumUp(const std::int16_t* const (*rows)[2], std::ptrdiff_t plane, int count,
-               float* out) const
+    void sumUp(const float* const (*rows)[2], std::ptrdiff_t plane, int count, float* out) const
     {
-        const F scale = 1.0f / (255.0f * (1 << kPlaces) * kOne);
         for (int i = 0; i < count; i += 2 * kLanes) {
-            I low = 0, high = 0;
-            const auto* r = rows;
-            const std::ptrdiff_t at = plane + i;
-            for (const I& w : _up) {
-                addRowPairs(r[0][0] + at, r[0][1] + at, r[1][0] + at, r[1][1] + at, w, low, high);
-                r += 2;
+            const float* p = rows[0][0] + plane + i;
+            F first = load(p) * F(_up[0]), second = load(p + kLanes) * F(_up[0]);
+            for (int k = 1; k <= _radius; ++k) {
+                const float *low = rows[k][0] + plane + i, *high = rows[k][1] + plane + i;
+                const F w = _up[k];
+                first += (load(low) + load(high)) * w;
+                second += (load(low + kLanes) + load(high + kLanes)) * w;
             }
-            ordered(low, high);
-            store(out + i, toFloat(low) * scale);
+            store(out + i, first);
             if (i + kLanes < count)
-                store(out + i + kLanes, toFloat(high) * scale);
+                store(out + i + kLanes, second);
         }
     }
 
     PixelBlockRef _block;
     Border _border;
     int _radius;
-    std::vector<I> _across, _up; // pairs of weights
-    Kept _kept;
+    std::vector<float> _up; // from the middle on
+    std::vector<I> _across; // pairs of weights
+    float _scale;
+    KeptRows _kept;
 };
 
 // Gives spans of a coarse grid through the cubic B-spline.

@@ -42,46 +42,5 @@ inline I sumPairs(const std::int16_t* p, I weights)
 #endif
 }
 
-// Adds (a + b)·even weight + (c + d)·odd weight of the first 2·kLanes numbers of four rows, whose
-// sums must fit into 16 bits. The results are in order once ordered() was called.
-inline void addRowPairs(const std::int16_t* a, const std::int16_t* b, const std::int16_t* c,
-                        const std::int16_t* d, I weights, I& low, I& high)
-{
-#if defined(__AVX2__)
-    const auto sum = [](const std::int16_t* p, const std::int16_t* q) {
-        return _mm256_add_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)),
-                                _mm256_loadu_si256(reinterpret_cast<const __m256i*>(q)));
-    };
-    const __m256i even = sum(a, b), odd = sum(c, d), w = __m256i(weights.v);
-    low = low + I(IntLanes(_mm256_madd_epi16(_mm256_unpacklo_epi16(even, odd), w)));
-    high = high + I(IntLanes(_mm256_madd_epi16(_mm256_unpackhi_epi16(even, odd), w)));
-#elif defined(__x86_64__)
-    const auto sum = [](const std::int16_t* p, const std::int16_t* q) {
-        return _mm_add_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)),
-                             _mm_loadu_si128(reinterpret_cast<const __m128i*>(q)));
-    };
-    const __m128i even = sum(a, b), odd = sum(c, d), w = __m128i(weights.v);
-    low = low + I(IntLanes(_mm_madd_epi16(_mm_unpacklo_epi16(even, odd), w)));
-    high = high + I(IntLanes(_mm_madd_epi16(_mm_unpackhi_epi16(even, odd), w)));
-#else
-    for (int k = 0; k < 2 * kLanes; ++k) {
-        const int v = weights.v[0];
-        (k < kLanes ? low : high).v[k % kLanes] +=
-            (a[k] + b[k]) * static_cast<std::int16_t>(v) + (c[k] + d[k]) * (v >> 16);
-    }
-#endif
-}
-inline void ordered(I& low, I& high)
-{
-#if defined(__AVX2__)
-    const __m256i a = __m256i(low.v), b = __m256i(high.v);
-    low = IntLanes(_mm256_permute2x128_si256(a, b, 0x20));
-    high = IntLanes(_mm256_permute2x128_si256(a, b, 0x31));
-#else
-    (void)low;
-    (void)high;
-#endif
-}
-
 } // namespace CIF_LANES_NAMESPACE
 } // namespace imaging
