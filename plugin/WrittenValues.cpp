@@ -213,11 +213,14 @@ Result<Value> pictureOf(const CIFMain& main, const Parameter& p, std::string_vie
         return wrongKind(p, text);
     // The library's names come first, so that a file that happens to lie about changes nothing.
     const std::vector<std::string> names = libraryNames(main, p.kind);
-    if (std::ranges::find(names, text) != names.end())
+    const bool isListed = std::ranges::find(names, text) != names.end();
+    if (isListed)
         if (const PictureRef picture = libraryPicture(main, p.kind, text))
             return Value(picture);
 
     Result<PictureRef> picture = codecs::readPicture(std::filesystem::path(std::string(text)));
+    if (!picture && isListed)
+        return Error{p.key + ": the library's picture " + std::string(text) + " cannot be read"};
     if (!picture) {
         std::string known;
         for (const std::string& name : names)

@@ -602,15 +602,9 @@ TEST(Generate, DrawnPicturesBecomeVectorFiles)
     }
 }
 
-// Comes to life with the effect it drives.
-#define NEEDS_EFFECT(shell, name)                                                                  \
-    if ((shell).run({"describe", name}).status != 0)                                               \
-    GTEST_SKIP() << "there is no " name " yet"
-
 TEST(Textures, AreTakenByNameOrFile)
 {
     Shell shell;
-    NEEDS_EFFECT(shell, "CIGlassDistortion");
     shell.writePicture("in.png", 40, 30);
     shell.writePicture("texture.png", 20, 20);
     const auto glass = [&](const char* output, const Words& more) {
@@ -627,6 +621,10 @@ TEST(Textures, AreTakenByNameOrFile)
     EXPECT_THAT(shell.run({"describe", "CIGlassDistortion"}).out,
                 testing::ContainsRegex("inputTexture +texture +Bubbles\n"));
 
+    shell.write("../library/Textures/Glass Textures/Broken.jpg", "no picture");
+    expectOneLineError(shell.run({"apply", "CIGlassDistortion", "in.png", "-o", "out.png", "--set",
+                                  "inputTexture=Broken"}),
+                       1, "library's picture Broken cannot be read");
     std::filesystem::remove_all(shell.library() / "Textures");
     expectOneLineError(shell.run({"apply", "CIGlassDistortion", "in.png", "-o", "out.png"}), 1,
                        "can't locate glass texture");
@@ -636,7 +634,6 @@ TEST(Textures, AreTakenByNameOrFile)
 TEST(Brushes, AreTakenByNameOrFile)
 {
     Shell shell;
-    NEEDS_EFFECT(shell, "GLIF_Dabs");
     const auto dabs = [&](const char* output, const Words& more) {
         Words words = {"generate", "GLIF_Dabs", "--size", "50x40", "-o", output};
         words.insert(words.end(), more.begin(), more.end());
