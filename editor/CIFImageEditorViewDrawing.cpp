@@ -258,7 +258,8 @@ void CIFImageEditorView::drawFrame(QPainter& painter)
 
 QRect CIFImageEditorView::screenAround(const Rect& selection) const
 {
-    return widgetFromPicture(selection).toAlignedRect().adjusted(-3, -3, 3, 3) & rect();
+    // Limited to the widget first: a stored selection may lie anywhere.
+    return (widgetFromPicture(selection).adjusted(-3, -3, 3, 3) & QRectF(rect())).toAlignedRect();
 }
 
 void CIFImageEditorView::updateAround(const Rect& before, const Rect& after)
