@@ -163,7 +163,11 @@ QPoint CIFImageEditorView::deviceOrigin() const
     const double left = (_picOffsetX - _bounds.x) * s - scrolled.x();
     const double bottom = (_picOffsetY - _bounds.y) * s - hiddenBelow;
     const double top = clip.height() - (bottom + pictureSize().height * s);
-    return (QPointF(left, top) * devicePixelRatioF()).toPoint();
+    // Pictures of absurd sizes begin far away; the way between two such places is a whole number
+    // too.
+    const auto limited = [](double v) { return std::clamp(v, -1e9, 1e9); };
+    const QPointF origin = QPointF(left, top) * devicePixelRatioF();
+    return QPointF(limited(origin.x()), limited(origin.y())).toPoint();
 }
 
 QPointF CIFImageEditorView::widgetFromPicture(Point position) const
