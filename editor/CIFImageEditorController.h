@@ -1,9 +1,21 @@
-// The one controller of the editor window: here its catalogue lists, its menus, cursors and
-// toolbar.
+// The one controller of the editor window. While the window is up it owns the editing run: the base
+// picture, the current entry and its parameter values, the preview and the random seed.
+//
+// Its operations lie in files of their own by subject: the run (CIFImageEditorController.cpp), the
+// lists (…Lists.cpp), the parameter controls (…Controls.cpp), toolbar, menus and cursors
+// (…Toolbar.cpp), recipes, favourites and presets (…Recipes.cpp), and the window's own commands
+// (…Commands.cpp).
+//
+// Effects are applied on a thread of their own (editor::EffectRunner), the newest values winning:
+// applyCurrentFilter returns at once, and the view and outputImage follow when the result is there.
 #pragma once
 
 #include "editor/CatalogueModel.h"
+#include "editor/EditorOutlets.h"
+#include "editor/EffectRunner.h"
+#include "editor/PictureViewController.h"
 #include "platform/foundation/Value.h"
+#include "plugin/EditorLoader.h"
 
 #include <QCursor>
 #include <QImage>
@@ -11,20 +23,45 @@
 #include <QPointer>
 #include <QStringList>
 
+#include <array>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 class CIFMain;
 class QAction;
+class QComboBox;
+class QEventLoop;
 class QMainWindow;
 class QMenu;
 class QMenuBar;
+class QTableView;
 class QToolBar;
 
-class CIFImageEditorController final : public QObject {
+namespace editor {
+class ColorWell;
+class DecimalControl;
+} // namespace editor
+
+class CIFImageEditorController final : public QObject,
+                                       public editor::PictureViewController,
+                                       public plugin::ImageEditor {
     Q_OBJECT
 
 public:
+    using Dictionary = foundation::Dictionary;
+    using DictionaryRef = foundation::DictionaryRef;
+    using PictureRef = foundation::PictureRef;
+    using Point = foundation::Point;
+    using Rect = foundation::Rect;
+    using Size = foundation::Size;
+    using Keys = std::vector<std::string>;
+    enum EffectsSet : std::uint32_t { Filters = 0, Generators = 1 };
+
+    // --- Life ---
+
     // + sharedImageEditor
     static CIFImageEditorController& sharedImageEditor();
 
@@ -32,8 +69,8 @@ public:
     CIFImageEditorController();
     ~CIFImageEditorController() override;
 
-    // awakeFromNib — makes the plug-in object of its own; nothing on a platform older than version
-    // 824, where lists and menus stay empty.
+    // awakeFromNib — makes the plug-in object of its own, fills the menus and connects the
+    // controls; nothing on a platform older than version 824, where lists and menus stay empty.
     void awakeFromNib();
     // Null before that.
     CIFMain* plugIn() const { return _CIFPlugInInstance.get(); }
@@ -42,10 +79,69 @@ public:
     QMainWindow* window() const;
     void setWindow(QMainWindow* window);
 
-    // filterName — identifier of the current entry; empty when none is chosen.
-    std::string filterName() const { return _CIFFilterName; }
+    // --- The run ---
 
-    // Both lists show the catalogue of the plug-in object's current effects set.
+    // startEditor:useSelection:withRect: — filter mode, on the host's picture. Modal; true when the
+    // user accepted. Without its form: a line in the log, a beep, false.
+    bool startEditorUseSelectionWithRect(const PictureRef& picture, bool useSelection,
+                                         Rect rect) override;
+    // startGenerator:withRect: — generator mode; a null picture is a blank of the rectangle's size.
+    bool startGeneratorWithRect(const PictureRef& picture, Rect rect) override;
+    // onCloseEditor: — of the sender's tag: 0 cancels. Accepting waits, with the window responding,
+    // for a result that is not there yet.
+    void onCloseEditor(QObject* sender);
+    // windowShouldClose:
+    bool windowShouldClose();
+
+    PictureRef outputImage() const override { return _outputImage; }
+    CIFImageEditorView* pictureView() const { return _outlets._pictureView; }
+    bool isSelected() const override;
+    Rect getSelectedRect() const override;
+    void setSelectedRect(Rect rect);
+    // The base picture.
+    const PictureRef& picture() const { return _picture; }
+    const Dictionary& attributes() const { return _CIFAttributes; }
+    std::uint32_t randomSeed() const { return _randomSeed; }
+
+    // filterName — identifier of the current entry; empty when none is chosen.
+    std::string filterName() const override { return _CIFFilterName; }
+    int editMode() const override { return _editMode; }
+    int pointingMode() const override { return _pointingMode; }
+
+    void setCenterPoint(Point point) override;
+    void selectionDidChange() override;
+    void scrollWheelDidChange() override;
+    // Seeds the numbers that the next picture is drawn from.
+    void initRandomSeedWithValue(std::uint32_t seed) override;
+    void applyFilterWithAttributes(const std::string& identifier,
+                                   const Dictionary& attributes) override;
+    void applyCurrentFilter() override;
+    void updateUndoRedoButtons() override;
+    void restoreAttributes(const std::string& identifier, const Dictionary& attributes) override;
+
+    // applyPicture: — shown, and the result of the run so far.
+    void applyPicture(const PictureRef& picture);
+    // applyButton:
+    void applyButton();
+    // generateButton: — a new random picture. Can be undone.
+    void generateButton();
+    // The same with a seed of the user's own.
+    void generateWithSeed(std::uint32_t seed);
+    void undoButton();
+    void redoButton();
+    // onScaleSlider: — of a slider value v: 1 + v/8 above 0, else 1 / (1 + |v|/8).
+    void onScaleSlider(double value);
+    // Fits the zoom to the picture, at 0.8 of the visible area.
+    void fitScaleToPicture();
+    // changeGeneratorImageSize: — the size sheet of the mode.
+    void changeGeneratorImageSize();
+    void generatorChangeSizeSheetDidEnd(int returnCode);
+    void imageChangeSizeSheetDidEnd(int returnCode);
+    // Does something as soon as no result is being waited for: at once, or when it has arrived.
+    void whenResultIsThere(std::function<void()> action);
+    editor::EffectRunner& runner() { return *_runner; }
+
+    // --- The lists: both show the catalogue of the plug-in object's current effects set ---
 
     // numberOfRowsInTableView: — categories, but for the first, and entries together.
     int numberOfRowsInTableView() const;
@@ -57,6 +153,76 @@ public:
     QString identifierOfRow(int row) const;
     // The name of the entry's picture; empty when it has none.
     QString iconOfRow(int row) const;
+
+    // tableViewSelectionDidChange:
+    void tableViewSelectionDidChange(QTableView& list);
+    // selectFilterWithIdentifier:, selectFilterWithIdentifier:groupIdentifier: — empty for none.
+    void selectFilterWithIdentifier(const std::string& identifier);
+    void selectFilterWithIdentifierGroupIdentifier(const std::string& identifier,
+                                                   const std::string& group);
+    // As if the user chose the entry in its list: switches the tab and selects the row.
+    void chooseEntry(const std::string& identifier);
+    // "filters" or "generators".
+    QString selectedTab() const;
+    void selectTab(const QString& identifier);
+    // tabView:willSelectTabViewItem:, tabView:didSelectTabViewItem: — of the main tab view and the
+    // colour tab view.
+    void tabViewWillSelectTabViewItem(QStackedWidget& tabView, const QString& identifier);
+    void tabViewDidSelectTabViewItem(QStackedWidget& tabView, const QString& identifier);
+    // propertiesTabChange: — the entry of the toolbar item becomes the current one.
+    void propertiesTabChange(QAction* sender);
+
+    // --- Parameter controls ---
+
+    void updateControls();
+    void updateFilterControlsWithKeysAttrDesc(const std::string& identifier, const Keys* keys,
+                                              const DictionaryRef& description);
+    void updateGLIFControlsWithKeysAttrDesc(const std::string& identifier, const Keys* keys,
+                                            const DictionaryRef& description);
+    void updateControlsWithKeysForAttributes(const std::vector<editor::DecimalControl*>& controls,
+                                             const Keys& keys, const Dictionary& description);
+    void updateControlsWithValuesForKeysForAttributes(
+        const std::vector<editor::DecimalControl*>& controls, const Keys& keys,
+        const Dictionary& values);
+    void setFilterDefaultsAttrForKeysWithAttr(const std::string& identifier, const Keys& keys,
+                                              const DictionaryRef& description);
+    void selectFilterControlsWithTag(int tag);
+
+    void changeFilterDecimalControl(editor::DecimalControl& sender);
+    void changeFilterBooleanControl(bool on);
+    void changeFilterPopUpControl(QComboBox& sender);
+    void changeFilterFromPopUpControl(QComboBox& sender);
+    void changeColor(const foundation::Color& color);
+    void changeFilterColorSliderControl(CCColorSlider& sender);
+    void changeFilterColorSchemeControl(QComboBox& sender);
+    void useBackColorButton(bool on);
+    void texturePopUpButton(QComboBox& sender);
+    void brushPopup(QComboBox& sender);
+    void shadedMaterialsPopUpButton(QComboBox& sender);
+    // What the open panels end with: 1 and a file, or 0.
+    void openTextureImagePanelDidEnd(int returnCode, const QString& file);
+    void openBrushImagePanelDidEnd(int returnCode, const QString& file);
+    PictureRef textureImage();
+    PictureRef brushImage();
+    PictureRef shadedMaterialImage();
+    // sortShadingMateriaNames (sic) — −1 when a comes before b. Knowingly not symmetric: a pair with
+    // "Sand" is always in order.
+    static int sortShadingMateriaNames(const std::string& a, const std::string& b);
+
+    // Reset: every value of the current entry, or one, becomes what it starts with.
+    void resetEntry();
+    void resetValue(const std::string& key);
+
+    // --- Recipes, favourites, presets ---
+
+    // The current entry with its values, as it would be written down. Nothing without an entry that
+    // is applied.
+    std::optional<plugin::RecipeStep> currentStep() const;
+    // Chooses the step's entry and takes its values. The error is for the user.
+    foundation::Result<void> takeStep(const plugin::RecipeStep& step);
+    plugin::EditRecord record() const override;
+
+    // --- Toolbar, menus, cursors ---
 
     // createToolbar — fills the window's toolbar, "Properties toolbar", which it makes if there is
     // none. It is hidden until the user switches it on.
@@ -74,9 +240,6 @@ public:
     // The menu "View", which switches the toolbar on and off. Owned by the menu bar.
     QMenu* createViewMenu(QMenuBar& menuBar) const;
 
-    // propertiesTabChange: — the entry of the toolbar item becomes the current one.
-    void propertiesTabChange(QAction* sender);
-
     // + filtersMenuWithGroupDesc: — an item for each descriptor, which carries its identifier.
     static std::unique_ptr<QMenu> filtersMenuWithGroupDesc(const foundation::ArrayRef& descriptors);
     // validateMenuItem:
@@ -87,11 +250,69 @@ public:
     static QImage imageFromType(int type);
     static QImage imageWithNameOfType(const QString& name, const QString& type = {});
 
+    const editor::EditorOutlets& outlets() const { return _outlets; }
+
 private:
     void showToolbarMenu(const QPoint& position);
 
-    std::unique_ptr<CIFMain> _CIFPlugInInstance;
-    std::string _CIFFilterName;
+    // The run.
+    bool loadWindow();
+    void buildControlSets();
+    void fillMenus();
+    void connectControls(); // of the run; the parameter controls have their own
+    void connectParameterControls();
+    void createCommands(); // menus, shortcuts, and the buttons that are neither
+    bool runModally();
+    void resultDidArrive(const editor::Effect& effect, const PictureRef& result);
+    void setPictureOfRun(const PictureRef& picture);
+
+    editor::EditorOutlets _outlets;
     QPointer<QMainWindow> _window;
     QPointer<QToolBar> _toolbar;
+    std::unique_ptr<CIFMain> _CIFPlugInInstance;
+    std::unique_ptr<editor::EffectRunner> _runner;
+    editor::CatalogueModel* _tableModel = nullptr;
+    editor::CatalogueModel* _GLIFTableModel = nullptr;
+
+    PictureRef _picture;
+    bool isNamedImage = true;
+    PictureRef _outputImage;
+    PictureRef _textureImage, _customTextureImage, _customBrushImage, _shadedMaterialImage;
+    QString _customTextureFile, _customBrushFile; // where they came from
+    std::int32_t _editMode = 0;
+    std::int32_t _pointingMode = 0;
+    Point _point1, _point2;
+
+    using Controls = std::vector<editor::DecimalControl*>;
+    using Labels = std::vector<QLabel*>;
+    Controls _controlsDecimalSlider, _controlsDecimalTextField, _controlsDecimalStepper;
+    Labels _controlsLabelTextField;
+    Controls _controlsDecimalSlider0, _controlsDecimalTextField0, _controlsDecimalStepper0;
+    Labels _controlsLabelTextField0;
+    Controls _controlsDecimalSlider10, _controlsDecimalTextField10, _controlsDecimalStepper10;
+    Labels _controlsLabelTextField10;
+    Controls _controlsDecimalSlider20, _controlsDecimalTextField20, _controlsDecimalStepper20;
+    Labels _controlsLabelTextField20;
+    Controls _controlsDecimalSlider30, _controlsDecimalTextField30, _controlsDecimalStepper30;
+    Labels _controlsLabelTextField30;
+    std::vector<QCheckBox*> _controlsBooleanCheckBox;
+    std::vector<editor::ColorWell*> _controlsColorWell;
+    std::vector<std::string> _colorsRepObjects;
+
+    Dictionary _CIFAttributes;
+    std::optional<Dictionary> _CIFOldAttributes;
+    std::string _CIFFilterName;
+    std::optional<std::string> _CIFOldFilterName;
+    std::string _CIFGroupName; // empty for none
+    Dictionary _filtersAttrData;
+    std::uint32_t _randomSeed = 0;
+
+    // The background pair of the colour page that is shown.
+    QCheckBox* _useBackColorButton = nullptr;
+    editor::ColorWell* _backColorWell = nullptr;
+
+    plugin::EditRecord _record; // of the steps before the current entry
+    QEventLoop* _modalLoop = nullptr;
+    int _modalCode = 0;
+    std::vector<std::function<void()>> _whenResultIsThere;
 };

@@ -189,6 +189,45 @@ QRectF CIFImageEditorView::widgetFromPicture(const Rect& rect) const
             QSizeF(rect.width, rect.height) * double(_scaleFactor)};
 }
 
+void CIFImageEditorView::setOriginal(const PictureRef& original)
+{
+    _original = original;
+    update();
+}
+
+void CIFImageEditorView::setShowsOriginal(bool shows)
+{
+    _showsOriginal = shows;
+    update();
+}
+
+void CIFImageEditorView::setSplit(std::optional<double> fraction)
+{
+    _split = fraction;
+    update();
+}
+
+void CIFImageEditorView::setCenterHandle(std::optional<Point> center)
+{
+    _centerHandle = center;
+    update();
+}
+
+CIFImageEditorView::Rect CIFImageEditorView::visiblePart() const
+{
+    const Rect visible = visibleRect();
+    const Size picture = pictureSize();
+    return Rect::fromEdges(
+        std::clamp(visible.x, 0.0, picture.width), std::clamp(visible.y, 0.0, picture.height),
+        std::clamp(visible.right(), 0.0, picture.width),
+        std::clamp(visible.top(), 0.0, picture.height));
+}
+
+double CIFImageEditorView::density() const
+{
+    return double(_scaleFactor) * devicePixelRatioF();
+}
+
 CIFImageEditorView::Rect CIFImageEditorView::visibleRect() const
 {
     const Point low = pictureFromWidget(QPointF(0, height()));
@@ -371,6 +410,7 @@ void CIFImageEditorView::generate(const std::string& name, const Dictionary& att
         return;
     const foundation::Number* const seed = attributes["GLIFRandomSeed"].number();
     editorController->initRandomSeedWithValue(seed ? seed->unsignedIntValue() : 0);
+    editorController->restoreAttributes(name, attributes);
     editorController->applyFilterWithAttributes(name, attributes);
     update();
 }

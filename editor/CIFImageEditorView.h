@@ -27,6 +27,7 @@ class CIFImageEditorView : public QWidget {
     Q_OBJECT
 
 public:
+    using PictureRef = foundation::PictureRef;
     using Point = foundation::Point;
     using Rect = foundation::Rect;
     using Size = foundation::Size;
@@ -71,6 +72,25 @@ public:
     // setTouched: — true: there is a selection; false: there is none.
     void setTouched(bool touched);
     Point pickPoint() const { return _pickPoint; }
+    void setPickPoint(Point point) { _pickPoint = point; }
+
+    // What the effect is applied to, for comparing; null for nothing to compare with. Neither way of
+    // comparing makes any pixels anew.
+    void setOriginal(const PictureRef& original);
+    // Shows the original instead of the picture.
+    void setShowsOriginal(bool shows);
+    bool showsOriginal() const { return _showsOriginal; }
+    // Shows the original on the left of a line that the user can drag, at this fraction of the
+    // picture's width; nothing for no line.
+    void setSplit(std::optional<double> fraction);
+    std::optional<double> split() const { return _split; }
+    // A handle over the centre of the current entry, in picture points; nothing for none.
+    void setCenterHandle(std::optional<Point> center);
+    std::optional<Point> centerHandle() const { return _centerHandle; }
+
+    // What is visible of the picture, and how many device pixels show one of its points.
+    Rect visiblePart() const;
+    double density() const;
 
     // setGenerator:withAttr:oldGenerator:withAttr: — seeds from the attributes' "GLIFRandomSeed"
     // and applies through the controller. One step for undo when all four are there (names not
@@ -105,6 +125,10 @@ public:
 
     // By the scroll view, after its bars moved.
     void clipViewDidScroll();
+
+Q_SIGNALS:
+    // visiblePart() or density() changed.
+    void sightDidChange();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -170,6 +194,10 @@ private:
     Rect _fixSelectionRect;
     float _fixSelectionRectScale = 1;
     Point _pickPoint;
+    PictureRef _original;
+    bool _showsOriginal = false;
+    std::optional<double> _split;
+    std::optional<Point> _centerHandle;
     float _scaleFactor = 1;
     float _origScaleFactor = 1; // to return to after a fit
     int _picOffsetX = 0, _picOffsetY = 0;

@@ -35,6 +35,10 @@ public:
     virtual void applyFilterWithAttributes(const std::string& identifier,
                                            const foundation::Dictionary& attributes) = 0;
     virtual void updateUndoRedoButtons() = 0;
+    // Undoing also brings back the values that the picture was made of, if the entry is still the
+    // current one.
+    virtual void restoreAttributes(const std::string& identifier,
+                                   const foundation::Dictionary& attributes) = 0;
 };
 
 } // namespace editor

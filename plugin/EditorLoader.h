@@ -4,11 +4,29 @@
 
 #include "platform/foundation/Geometry.h"
 #include "platform/foundation/Value.h"
+#include "plugin/Recipe.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
+#include <vector>
 
 namespace plugin {
+
+// What was done in a run of the editor: enough to do it again without a window.
+struct EditRecord {
+    struct Step {
+        // The picture was first brought to this size in pixels: stretched or, as a thumbnail, fitted
+        // on white.
+        std::optional<foundation::Size> resized;
+        bool asThumbnail = false;
+        // Then an entry was applied. A generator draws a new picture of the size there is.
+        std::optional<RecipeStep> applied;
+    };
+    std::vector<Step> steps;
+    std::optional<foundation::Rect> crop; // in points of the result, y up
+    foundation::Size size;                // of the picture that the last generator drew
+};
 
 class ImageEditor {
 public:
@@ -23,6 +41,7 @@ public:
     virtual foundation::PictureRef outputImage() const = 0;
     virtual bool isSelected() const = 0;
     virtual foundation::Rect getSelectedRect() const = 0;
+    virtual EditRecord record() const = 0;
 
 protected:
     ~ImageEditor() = default;
@@ -31,7 +50,7 @@ protected:
 // What the module exports: the one editor of the process, which it owns. Null when there can be
 // none (no display) or when it was built for another version of this interface.
 inline constexpr const char* kSharedImageEditorSymbol = "CIFSharedImageEditor";
-inline constexpr std::uint32_t kImageEditorVersion = 1;
+inline constexpr std::uint32_t kImageEditorVersion = 2;
 using SharedImageEditorFunction = ImageEditor* (*)(std::uint32_t version);
 
 // + sharedImageEditor — null when there is no editor. A missing module is looked for again next

@@ -72,6 +72,10 @@ public:
         calls.push_back(id + " " + std::to_string(a.intValue("GLIFRandomSeed", -1)));
     }
     void updateUndoRedoButtons() override { calls.push_back("buttons"); }
+    void restoreAttributes(const std::string& name, const Dictionary&) override
+    {
+        calls.push_back("restore " + name);
+    }
 
     std::vector<std::string> take() { return std::exchange(calls, {}); }
 };

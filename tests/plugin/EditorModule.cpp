@@ -25,6 +25,7 @@ public:
     foundation::PictureRef outputImage() const override { return _picture; }
     bool isSelected() const override { return _isSelected; }
     foundation::Rect getSelectedRect() const override { return _rect; }
+    plugin::EditRecord record() const override { return {}; }
 
 private:
     foundation::PictureRef _picture;
