@@ -72,10 +72,11 @@ public:
         calls.push_back(id + " " + std::to_string(a.intValue("GLIFRandomSeed", -1)));
     }
     void updateUndoRedoButtons() override { calls.push_back("buttons"); }
-    void restoreAttributes(const std::string& name, const Dictionary&) override
+    void restoreAttributes(const std::string& name, const Dictionary& attributes) override
     {
-        calls.push_back("restore " + name);
+        restored = {name, attributes};
     }
+    std::pair<std::string, Dictionary> restored;
 
     std::vector<std::string> take() { return std::exchange(calls, {}); }
 };
@@ -419,6 +420,7 @@ TEST_F(PictureView, GenerateIsOneStepForUndo)
     changing.set("GLIFRandomSeed", 99);
     view.undoManager().undo();
     EXPECT_THAT(controller.take(), ElementsAre("seed 11", "GLIF_Plasma 11", "buttons"));
+    EXPECT_EQ(controller.restored, std::pair(std::string("GLIF_Plasma"), first));
     EXPECT_TRUE(view.undoManager().canRedo());
     view.undoManager().redo();
     EXPECT_THAT(controller.take(), ElementsAre("seed 22", "GLIF_Foam 22", "buttons"));
