@@ -1,23 +1,11 @@
 // cif generate: a new picture from a generator, or from a recipe that begins with one.
 #include "cli/Steps.h"
 #include "platform/drawing/Canvas.h"
-
-#include <unistd.h>
+#include "plugin/Resizing.h"
 
 namespace cli {
 
 namespace {
-
-Outcome<> checkMemory(int width, int height)
-{
-    const double needed = 4.0 * width * height;
-    const double present =
-        static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));
-    if (needed <= present)
-        return {};
-    return noPicture("a picture of " + std::to_string(width) + " x " + std::to_string(height) +
-                     " pixels needs more memory than this machine has; make it smaller");
-}
 
 std::string traceOf(const drawing::Picture& picture, std::uint64_t randomDraws)
 {
@@ -50,8 +38,8 @@ Outcome<> generate(const GenerateOptions& options)
         return wrongUsage(first.identifier + " is a filter and needs a picture: use cif apply");
     if (auto done = checkFormat(*steps, *output); !done)
         return done;
-    if (auto done = checkMemory(options.width, options.height); !done)
-        return done;
+    if (const auto fits = plugin::fitsMemory(options.width, options.height); !fits)
+        return noPicture(fits.error());
 
     Progress progress(main, options.steps, nullptr);
     progress.startWithSize({double(options.width), double(options.height)});

@@ -22,20 +22,29 @@ using Pixel = float __attribute__((vector_size(16), aligned(16)));
 class Axis {
 public:
     struct Taps {
-        int first;
-        int count;
-        std::size_t weights; // index of the first one
+        int first = 0;
+        int count = 0;           // 0 where the source does not reach
+        std::size_t weights = 0; // index of the first one
+        float covered = 0;       // by the source
     };
 
-    Axis(int from, int to)
+    // The source's pixels lie on start … start + length of the `to` new ones.
+    Axis(int from, int to, double start, double length)
     {
         _taps.reserve(to);
-        const double ratio = static_cast<double>(from) / to;
+        const double ratio = from / length;
         for (int i = 0; i < to; ++i) {
-            if (to < from)
-                addAverage(i * ratio, (i + 1) * ratio, from);
+            const double covered =
+                std::min<double>(i + 1, start + length) - std::max<double>(i, start);
+            if (!(covered > 0)) {
+                _taps.push_back({});
+                continue;
+            }
+            if (length < from)
+                addAverage((i - start) * ratio, (i + 1 - start) * ratio, from);
             else
-                addLinear((i + 0.5) * ratio - 0.5, from);
+                addLinear((i + 0.5 - start) * ratio - 0.5, from);
+            _taps.back().covered = static_cast<float>(std::min(1.0, covered));
         }
     }
 
@@ -45,9 +54,11 @@ public:
 private:
     void addAverage(double low, double high, int from)
     {
+        low = std::max(0.0, low);
+        high = std::min<double>(high, from);
         const int first = std::min(static_cast<int>(low), from - 1);
         const int last = std::clamp(static_cast<int>(std::ceil(high)), first + 1, from);
-        _taps.push_back({first, last - first, _weights.size()});
+        _taps.push_back({first, last - first, _weights.size(), 1});
         for (int j = first; j < last; ++j) {
             const double covered = std::min<double>(high, j + 1) - std::max<double>(low, j);
             _weights.push_back(static_cast<float>(std::max(0.0, covered) / (high - low)));
@@ -59,7 +70,7 @@ private:
         const double at = std::clamp<double>(center, 0, from - 1);
         const int first = static_cast<int>(at);
         const double part = at - first;
-        _taps.push_back({first, part > 0 ? 2 : 1, _weights.size()});
+        _taps.push_back({first, part > 0 ? 2 : 1, _weights.size(), 1});
         _weights.push_back(static_cast<float>(1 - part));
         if (part > 0)
             _weights.push_back(static_cast<float>(part));
@@ -125,9 +136,9 @@ void writeRow(const Pixel* from, Bitmap& bitmap, int y)
     }
 }
 
-} // namespace
-
-imaging::BitmapRef scaledBitmap(const Bitmap& source, int width, int height)
+// The source on the part of the target that the axes say, the background elsewhere.
+imaging::BitmapRef resampled(const Bitmap& source, int width, int height, const Axis& horizontal,
+                             const Axis& vertical, Pixel background)
 {
     std::shared_ptr<Bitmap> target = Bitmap::make(width, height, source.format());
     // One row as read, the two rows last made narrower or wider, and one sum.
@@ -141,7 +152,6 @@ imaging::BitmapRef scaledBitmap(const Bitmap& source, int width, int height)
     Pixel* sum = across[1] + width;
     int acrossRow[] = {-1, -1};
 
-    const Axis horizontal(source.width(), width), vertical(source.height(), height);
     const auto rowAcross = [&](int y) -> const Pixel* {
         const int slot = y % 2;
         if (acrossRow[slot] == y)
@@ -151,7 +161,9 @@ imaging::BitmapRef scaledBitmap(const Bitmap& source, int width, int height)
         for (int x = 0; x < width; ++x) {
             const Axis::Taps& taps = horizontal[x];
             const float* weight = horizontal.weights(taps);
-            Pixel p = read[taps.first] * weight[0];
+            Pixel p = {};
+            if (taps.count > 0)
+                p = read[taps.first] * weight[0];
             for (int i = 1; i < taps.count; ++i)
                 p += read[taps.first + i] * weight[i];
             across[slot][x] = p;
@@ -166,9 +178,40 @@ imaging::BitmapRef scaledBitmap(const Bitmap& source, int width, int height)
             for (int x = 0; x < width; ++x)
                 sum[x] = i == 0 ? row[x] * weight[i] : sum[x] + row[x] * weight[i];
         }
+        for (int x = 0; x < width; ++x)
+            if (const float covered = taps.covered * horizontal[x].covered; !(covered > 0))
+                sum[x] = background;
+            else if (covered < 1)
+                sum[x] = sum[x] * covered + background * (1 - covered);
         writeRow(sum, *target, y);
     }
     return target;
+}
+
+bool canBeMade(int width, int height)
+{
+    return width >= 1 && height >= 1 && width <= Bitmap::kMaximumSide &&
+           height <= Bitmap::kMaximumSide;
+}
+
+} // namespace
+
+imaging::BitmapRef scaledBitmap(const Bitmap& source, int width, int height)
+{
+    if (!canBeMade(width, height))
+        return nullptr;
+    return resampled(source, width, height, {source.width(), width, 0, double(width)},
+                     {source.height(), height, 0, double(height)}, Pixel{});
+}
+
+imaging::BitmapRef bitmapOnWhite(const Bitmap& source, int width, int height,
+                                 const foundation::Rect& place)
+{
+    if (!canBeMade(width, height) || !(place.width > 0) || !(place.height > 0))
+        return nullptr;
+    return resampled(source, width, height, {source.width(), width, place.x, place.width},
+                     {source.height(), height, height - place.y - place.height, place.height},
+                     Pixel{1, 1, 1, 1});
 }
 
 } // namespace drawing
