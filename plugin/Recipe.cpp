@@ -144,22 +144,6 @@ private:
     std::size_t _at = 0, _line = 1, _column = 1;
 };
 
-std::string shellQuoted(const std::string& word)
-{
-    constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
-                                        "0123456789_-+=.,:/@%#";
-    if (!word.empty() && word.front() != '#' && word.find_first_not_of(kPlain) == std::string::npos)
-        return word;
-    std::string s = "'";
-    for (const char c : word) {
-        if (c == '\'')
-            s += "'\\''";
-        else
-            s += c;
-    }
-    return s + '\'';
-}
-
 // One of the words that are about the step itself; nothing when the word is a parameter's key. The
 // error has no place yet.
 std::optional<foundation::Status> takeStepWord(RecipeStep& step, std::string_view key,
@@ -420,6 +404,22 @@ std::string recipeJson(const Recipe& recipe, std::string_view version)
         steps.push_back(std::move(object));
     }
     return foundation::toJson(steps);
+}
+
+std::string shellQuoted(const std::string& word)
+{
+    constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
+                                        "0123456789_-+=.,:/@%#";
+    if (!word.empty() && word.front() != '#' && word.find_first_not_of(kPlain) == std::string::npos)
+        return word;
+    std::string s = "'";
+    for (const char c : word) {
+        if (c == '\'')
+            s += "'\\''";
+        else
+            s += c;
+    }
+    return s + '\'';
 }
 
 Result<std::pair<std::string, std::string>> splitAssignment(std::string_view word)

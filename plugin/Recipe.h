@@ -43,6 +43,9 @@ std::string recipeText(const Recipe& recipe);
 // `version`, unless empty, is noted in every step; readers pass over it.
 std::string recipeJson(const Recipe& recipe, std::string_view version = {});
 
+// A word as a shell, and the text form, reads it back.
+std::string shellQuoted(const std::string& word);
+
 // KEY=VALUE split at the first equals sign. The error says what is wrong with it.
 Result<std::pair<std::string, std::string>> splitAssignment(std::string_view word);
 

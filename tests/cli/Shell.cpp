@@ -104,8 +104,8 @@ void Shell::setVariable(const std::string& name, const std::string& value)
 
 namespace {
 
-// The child's side: standard streams to files, then the program.
-[[noreturn]] void become(const std::vector<std::string>& arguments,
+// The child's side: standard streams to files, then the program, "cif" being the one under test.
+[[noreturn]] void become(const std::vector<std::string>& words,
                          const std::vector<std::string>& variables, const fs::path& folder,
                          int input, const fs::path& out, const fs::path& err)
 {
@@ -116,23 +116,41 @@ namespace {
     dup2(e, 2);
     for (const std::string& v : variables)
         setenv(v.substr(0, v.find('=')).c_str(), v.substr(v.find('=') + 1).c_str(), 1);
-    std::vector<char*> argv = {const_cast<char*>("cif")};
-    for (const std::string& a : arguments)
-        argv.push_back(const_cast<char*>(a.c_str()));
+    const std::string path = fs::path(CIF_PROGRAM).parent_path().string() + ':' + getenv("PATH");
+    setenv("PATH", path.c_str(), 1);
+    std::vector<char*> argv;
+    for (const std::string& word : words)
+        argv.push_back(const_cast<char*>(word.c_str()));
     argv.push_back(nullptr);
     if (chdir(folder.c_str()) == 0)
-        execv(CIF_PROGRAM, argv.data());
+        execvp(words.front() == "cif" ? CIF_PROGRAM : argv.front(), argv.data());
     _exit(127);
+}
+
+std::vector<std::string> withProgram(std::vector<std::string> arguments)
+{
+    arguments.insert(arguments.begin(), "cif");
+    return arguments;
 }
 
 } // namespace
 
 Ran Shell::run(const std::vector<std::string>& arguments, std::string_view input) const
 {
+    return runWords(withProgram(arguments), input);
+}
+
+Ran Shell::runLine(const std::string& line) const
+{
+    return runWords({"/bin/sh", "-c", line}, {});
+}
+
+Ran Shell::runWords(const std::vector<std::string>& words, std::string_view input) const
+{
     store(_root / "stdin", input);
     const pid_t child = fork();
     if (child == 0)
-        become(arguments, _variables, _folder, open((_root / "stdin").c_str(), O_RDONLY),
+        become(words, _variables, _folder, open((_root / "stdin").c_str(), O_RDONLY),
                _root / "stdout", _root / "stderr");
     const int status = statusOf(child);
     return {status, contentOf(_root / "stdout"), contentOf(_root / "stderr")};
@@ -146,7 +164,8 @@ Ran Shell::interrupt(const std::vector<std::string>& arguments) const
     const pid_t child = fork();
     if (child == 0) {
         close(ends[1]);
-        become(arguments, _variables, _folder, ends[0], _root / "stdout", _root / "stderr");
+        become(withProgram(arguments), _variables, _folder, ends[0], _root / "stdout",
+               _root / "stderr");
     }
     // One byte is read as soon as the program listens; then it waits for more.
     [[maybe_unused]] const auto written = ::write(ends[1], "x", 1);

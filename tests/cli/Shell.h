@@ -26,6 +26,8 @@ public:
 
     // `input` is what the program reads from standard input.
     Ran run(const std::vector<std::string>& arguments, std::string_view input = {}) const;
+    // A line of the system's shell, which finds the program under its name.
+    Ran runLine(const std::string& line) const;
     // Starts it with an open standard input that stays empty, interrupts it when it waits there.
     Ran interrupt(const std::vector<std::string>& arguments) const;
     // Adds a variable to the program's environment.
@@ -44,6 +46,8 @@ public:
     drawing::PictureRef picture(std::string_view name) const;
 
 private:
+    Ran runWords(const std::vector<std::string>& words, std::string_view input) const;
+
     std::filesystem::path _root, _folder, _library;
     std::vector<std::string> _variables;
 };

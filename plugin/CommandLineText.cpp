@@ -1,0 +1,165 @@
+#include "plugin/CommandLineText.h"
+
+#include "platform/foundation/Numbers.h"
+#include "platform/imaging/Bitmap.h"
+
+#include <algorithm>
+#include <charconv>
+#include <span>
+
+namespace plugin {
+
+using foundation::Rect;
+
+namespace {
+
+using Steps = std::span<const EditRecord::Step>;
+
+bool isStartingValue(const CIFMain& main, const Parameter& p, std::string_view text)
+{
+    // A centre starts where the picture has its own.
+    if (p.kind == ValueKind::Point)
+        return false;
+    if (isPicture(p.kind)) {
+        const std::vector<std::string> names = libraryNames(main, p.kind);
+        return !names.empty() && names.front() == text;
+    }
+    if (p.startingValue.isNothing())
+        return false;
+    const Result<Value> value = valueOf(main, p, text, Checking::Strict);
+    return value && *value == p.startingValue;
+}
+
+std::string side(double points)
+{
+    return std::to_string(foundation::truncToInt(points));
+}
+
+std::string sizeText(Size size)
+{
+    return side(size.width) + 'x' + side(size.height);
+}
+
+std::string cropText(const Rect& rect)
+{
+    std::string text;
+    for (const double n : {rect.x, rect.y, rect.width, rect.height}) {
+        char digits[32];
+        if (!text.empty())
+            text += ',';
+        text.append(digits, std::to_chars(digits, digits + sizeof digits, n).ptr);
+    }
+    return text;
+}
+
+// A file whose name looks like an option is still a file.
+std::string fileWord(const std::string& file)
+{
+    const bool looksLikeOption = file.size() > 1 && file.starts_with('-');
+    return shellQuoted(looksLikeOption ? std::string("./").append(file) : file);
+}
+
+bool isGenerator(const EditRecord::Step& step)
+{
+    return step.applied && isGeneratorName(step.applied->identifier);
+}
+
+// Options of one step by name.
+std::string optionsOf(const RecipeStep& step)
+{
+    std::string options;
+    if (step.seed)
+        options += " --seed " + std::to_string(*step.seed);
+    for (const auto& [key, value] : step.set)
+        options += " --set " + shellQuoted(key + '=' + value);
+    if (!step.withStartingValues)
+        options += " --no-defaults";
+    return options;
+}
+
+// One command of the pipe. `target` is " -o …".
+std::string generateCommand(const Recipe& recipe, Size size, const std::string& target)
+{
+    const std::string sized = " --size " + sizeText(size) + target;
+    if (recipe.size() == 1)
+        return "cif generate " + shellQuoted(recipe.front().identifier) + sized +
+               optionsOf(recipe.front());
+    std::string lines;
+    for (const RecipeStep& step : recipe) {
+        std::string line = recipeText({step});
+        line.pop_back();
+        lines += ' ' + shellQuoted(line);
+    }
+    return "printf '%s\\n'" + lines + " | cif generate --recipe-from /dev/stdin" + sized;
+}
+
+std::string applyCommand(const EditRecord::Step& step, const RecipeStep* applied,
+                         const std::string& input, const std::string& target)
+{
+    std::string command = "cif apply ";
+    if (applied)
+        command += shellQuoted(applied->identifier) + ' ';
+    command += fileWord(input) + target;
+    if (step.resized)
+        command += " --resize " + sizeText(*step.resized) + (step.asThumbnail ? ":fit" : "");
+    return applied ? command + optionsOf(*applied) : command;
+}
+
+} // namespace
+
+RecipeStep withoutStartingValues(CIFMain& main, const RecipeStep& step)
+{
+    const std::optional<Entry> entry = describeEntry(main, step.identifier);
+    RecipeStep shorter = step;
+    if (entry && step.withStartingValues)
+        std::erase_if(shorter.set, [&](const auto& assignment) {
+            const Parameter* p = entry->find(assignment.first);
+            return p && isStartingValue(main, *p, assignment.second);
+        });
+    return shorter;
+}
+
+std::string commandLine(const EditRecord& record, const std::string& input,
+                        const std::string& output)
+{
+    CIFMain main;
+    const std::string between = " -o - --format png";
+    std::string last = " -o " + fileWord(output);
+    if (record.crop)
+        last += " --crop " + cropText(*record.crop);
+
+    Steps steps = record.steps;
+    std::string line;
+    std::string source = input;
+    const auto generator = std::find_if(steps.rbegin(), steps.rend(), isGenerator);
+    if (generator != steps.rend()) {
+        steps = steps.subspan(static_cast<std::size_t>(steps.rend() - generator) - 1);
+        Recipe recipe;
+        do {
+            recipe.push_back(withoutStartingValues(main, *steps.front().applied));
+            steps = steps.subspan(1);
+        } while (!steps.empty() && steps.front().applied && !steps.front().resized);
+        line = generateCommand(recipe, record.size, steps.empty() ? last : between);
+        source = "-";
+    }
+    for (; !steps.empty(); steps = steps.subspan(1)) {
+        const EditRecord::Step& step = steps.front();
+        std::optional<RecipeStep> applied;
+        if (step.applied)
+            applied = withoutStartingValues(main, *step.applied);
+        if (!line.empty())
+            line += " | ";
+        line += applyCommand(step, applied ? &*applied : nullptr, source,
+                             steps.size() == 1 ? last : between);
+        source = "-";
+    }
+    if (!line.empty())
+        return line;
+    // Nothing was done to the picture; as a crop, it is all that lies in the largest there can be.
+    constexpr double kMost = imaging::Bitmap::kMaximumSide;
+    if (!record.crop)
+        last += " --crop " + cropText({0, 0, kMost, kMost});
+    return applyCommand({}, nullptr, input, last);
+}
+
+} // namespace plugin
