@@ -40,14 +40,14 @@ std::string sizeText(Size size)
     return side(size.width) + 'x' + side(size.height);
 }
 
-std::string cropText(const Rect& rect)
+std::string cropOption(const Rect& rect)
 {
     std::string text;
     for (const double n : {rect.x, rect.y, rect.width, rect.height}) {
-        char digits[32];
-        if (!text.empty())
-            text += ',';
-        text.append(digits, std::to_chars(digits, digits + sizeof digits, n).ptr);
+        char digits[400]; // enough for any double
+        text += text.empty() ? " --crop " : ",";
+        text.append(digits,
+                    std::to_chars(digits, digits + sizeof digits, n, std::chars_format::fixed).ptr);
     }
     return text;
 }
@@ -69,40 +69,55 @@ std::string optionsOf(const RecipeStep& step)
 {
     std::string options;
     if (step.seed)
-        options += " --seed " + std::to_string(*step.seed);
+        options.append(" --seed ").append(std::to_string(*step.seed));
     for (const auto& [key, value] : step.set)
-        options += " --set " + shellQuoted(key + '=' + value);
+        options.append(" --set ").append(shellQuoted(key + '=' + value));
     if (!step.withStartingValues)
         options += " --no-defaults";
     return options;
 }
 
-// One command of the pipe. `target` is " -o …".
-std::string generateCommand(const Recipe& recipe, Size size, const std::string& target)
+// Where a command of the pipe writes to, and what it does to the result before.
+struct Target {
+    std::string output; // " -o …"
+    std::string crop;   // " --crop …", or nothing
+};
+
+std::string generateCommand(const Recipe& recipe, Size size, const Target& target)
 {
-    const std::string sized = " --size " + sizeText(size) + target;
-    if (recipe.size() == 1)
-        return "cif generate " + shellQuoted(recipe.front().identifier) + sized +
-               optionsOf(recipe.front());
-    std::string lines;
-    for (const RecipeStep& step : recipe) {
-        std::string line = recipeText({step});
-        line.pop_back();
-        lines += ' ' + shellQuoted(line);
+    std::string command;
+    if (recipe.size() > 1) {
+        command = "printf '%s\\n'";
+        for (const RecipeStep& step : recipe) {
+            std::string line = recipeText({step});
+            line.pop_back();
+            command.append(" ").append(shellQuoted(line));
+        }
+        command += " | cif generate --recipe-from /dev/stdin";
+    } else {
+        command.append("cif generate ").append(shellQuoted(recipe.front().identifier));
     }
-    return "printf '%s\\n'" + lines + " | cif generate --recipe-from /dev/stdin" + sized;
+    command.append(" --size ").append(sizeText(size)).append(target.output);
+    if (recipe.size() == 1)
+        command += optionsOf(recipe.front());
+    return command + target.crop;
 }
 
 std::string applyCommand(const EditRecord::Step& step, const RecipeStep* applied,
-                         const std::string& input, const std::string& target)
+                         const std::string& input, const Target& target)
 {
     std::string command = "cif apply ";
     if (applied)
         command += shellQuoted(applied->identifier) + ' ';
-    command += fileWord(input) + target;
-    if (step.resized)
-        command += " --resize " + sizeText(*step.resized) + (step.asThumbnail ? ":fit" : "");
-    return applied ? command + optionsOf(*applied) : command;
+    command += fileWord(input) + target.output;
+    if (step.resized) {
+        command.append(" --resize ").append(sizeText(*step.resized));
+        if (step.asThumbnail)
+            command += ":fit";
+    }
+    if (applied)
+        command += optionsOf(*applied);
+    return command + target.crop;
 }
 
 } // namespace
@@ -123,10 +138,10 @@ std::string commandLine(const EditRecord& record, const std::string& input,
                         const std::string& output)
 {
     CIFMain main;
-    const std::string between = " -o - --format png";
-    std::string last = " -o " + fileWord(output);
+    const Target between{" -o - --format png", {}};
+    Target last{std::string(" -o ").append(fileWord(output)), {}};
     if (record.crop)
-        last += " --crop " + cropText(*record.crop);
+        last.crop = cropOption(*record.crop);
 
     Steps steps = record.steps;
     std::string line;
@@ -158,7 +173,7 @@ std::string commandLine(const EditRecord& record, const std::string& input,
     // Nothing was done to the picture; as a crop, it is all that lies in the largest there can be.
     constexpr double kMost = imaging::Bitmap::kMaximumSide;
     if (!record.crop)
-        last += " --crop " + cropText({0, 0, kMost, kMost});
+        last.crop = cropOption({0, 0, kMost, kMost});
     return applyCommand({}, nullptr, input, last);
 }
 

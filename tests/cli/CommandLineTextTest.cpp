@@ -66,7 +66,8 @@ protected:
         const Ran ran = shell.runLine(line);
         ASSERT_EQ(ran.status, 0) << line << '\n' << ran.err;
         EXPECT_EQ(ran.out, "");
-        EXPECT_EQ(pixelsOf(shell.picture(output)), pixelsOf(make(record, picture))) << line;
+        EXPECT_EQ(tests::pixelsOf(shell.picture(output)), tests::pixelsOf(make(record, picture)))
+            << line;
     }
 
     static EditRecord::Step applied(std::string identifier,
@@ -87,9 +88,9 @@ protected:
 TEST_F(CommandLineText, WritesOnlyWhatAStepDoesNotStartWith)
 {
     EditRecord record;
-    record.steps = {
-        applied("CIFSlideFrameFilter",
-                {{"inputFactorX", "0.5"}, {"inputFactorY", "0.8"}, {"inputCenter", "12,8"}})};
+    record.steps = {applied(
+        "CIFSlideFrameFilter",
+        {{"inputFactorX", "0.5"}, {"inputFactorY", "0.800000011920929"}, {"inputCenter", "12,8"}})};
     EXPECT_EQ(plugin::commandLine(record, "a.png", "b.png"),
               "cif apply CIFSlideFrameFilter a.png -o b.png --set inputFactorX=0.5 --set "
               "inputCenter=12,8");
