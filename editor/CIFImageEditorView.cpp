@@ -1,8 +1,8 @@
 // Zoom, selection, events and undo of the picture view. Its drawing is in another file.
 #include "editor/CIFImageEditorView.h"
 
+#include "editor/Forms.h"
 #include "editor/NamedImages.h"
-#include "platform/foundation/Bundle.h"
 
 #include <QKeyEvent>
 #include <QLocale>
@@ -26,11 +26,6 @@ constexpr int kNotch = 120;      // of a wheel, as the toolkit counts
 double finiteOrZero(double v)
 {
     return std::isfinite(v) ? v : 0;
-}
-
-QString localized(const char* key)
-{
-    return QString::fromStdString(foundation::localizedString(key));
 }
 
 } // namespace
@@ -98,6 +93,7 @@ void CIFImageEditorView::updateSize()
     _placing = false;
     _shownOrigin = deviceOrigin();
     update();
+    sightMayHaveChanged();
 }
 
 void CIFImageEditorView::setScaleFactor(float scale)
@@ -143,10 +139,12 @@ void CIFImageEditorView::adobtPositionToCenter()
     _placing = false;
     _shownOrigin = deviceOrigin();
     update();
+    sightMayHaveChanged();
 }
 
 void CIFImageEditorView::resizeEvent(QResizeEvent*)
 {
+    sightMayHaveChanged();
     // resizeWithOldSuperviewSize: — unless a new frame showed or hid a bar and goes on from there.
     if (!_placing)
         setScaleFactor(_scaleFactor);
@@ -189,43 +187,38 @@ QRectF CIFImageEditorView::widgetFromPicture(const Rect& rect) const
             QSizeF(rect.width, rect.height) * double(_scaleFactor)};
 }
 
-void CIFImageEditorView::setOriginal(const PictureRef& original)
-{
-    _original = original;
-    update();
-}
-
-void CIFImageEditorView::setShowsOriginal(bool shows)
-{
-    _showsOriginal = shows;
-    update();
-}
-
-void CIFImageEditorView::setSplit(std::optional<double> fraction)
-{
-    _split = fraction;
-    update();
-}
-
-void CIFImageEditorView::setCenterHandle(std::optional<Point> center)
-{
-    _centerHandle = center;
-    update();
-}
-
 CIFImageEditorView::Rect CIFImageEditorView::visiblePart() const
 {
     const Rect visible = visibleRect();
     const Size picture = pictureSize();
-    return Rect::fromEdges(
-        std::clamp(visible.x, 0.0, picture.width), std::clamp(visible.y, 0.0, picture.height),
-        std::clamp(visible.right(), 0.0, picture.width),
-        std::clamp(visible.top(), 0.0, picture.height));
+    return Rect::fromEdges(std::clamp(visible.x, 0.0, picture.width),
+                           std::clamp(visible.y, 0.0, picture.height),
+                           std::clamp(visible.right(), 0.0, picture.width),
+                           std::clamp(visible.top(), 0.0, picture.height));
 }
 
 double CIFImageEditorView::density() const
 {
     return double(_scaleFactor) * devicePixelRatioF();
+}
+
+void CIFImageEditorView::sightMayHaveChanged()
+{
+    // A zoom scrolls too: told when all of it is done.
+    if (std::exchange(_tellsSight, true))
+        return;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            _tellsSight = false;
+            const Rect part = visiblePart();
+            if (part == _toldPart && density() == _toldDensity)
+                return;
+            _toldPart = part;
+            _toldDensity = density();
+            Q_EMIT sightDidChange();
+        },
+        Qt::QueuedConnection);
 }
 
 CIFImageEditorView::Rect CIFImageEditorView::visibleRect() const
@@ -243,10 +236,17 @@ void CIFImageEditorView::clipViewDidScroll()
     _shownOrigin = deviceOrigin();
     // What is on screen already moves along, when it moves by whole pixels of both kinds.
     const qreal ratio = devicePixelRatioF();
-    if (ratio == std::floor(ratio) && moved.x() % int(ratio) == 0 && moved.y() % int(ratio) == 0)
+    // Tags and the handle of a split stay where they are.
+    const bool moves = ratio == std::floor(ratio) && moved.x() % int(ratio) == 0 &&
+                       moved.y() % int(ratio) == 0 && !isSplit() && !_showsOriginal;
+    if (moves)
         scroll(moved.x() / int(ratio), moved.y() / int(ratio));
     else
         update();
+    // At the border the handle comes and goes as a whole.
+    if (_drawnCenter)
+        update(handleArea(*_drawnCenter));
+    sightMayHaveChanged();
     refreshCursor();
 }
 
@@ -308,6 +308,7 @@ void CIFImageEditorView::setTouched(bool touched)
     if (!bSelected)
         _selectionRect = {};
     describe();
+    centerMayHaveMoved();
     refreshCursor();
     if (editorController)
         editorController->selectionDidChange();
@@ -335,6 +336,9 @@ void CIFImageEditorView::mouseDown(Point at)
         _selectionRect.x = _pickPoint.x;
         _selectionRect.y = _pickPoint.y;
     }
+    if (_centerHandle && centerFollowsMouse())
+        _centerHandle = _pickPoint;
+    centerMayHaveMoved();
     if (editorController && !editorController->filterName().empty()) {
         editorController->applyCurrentFilter();
         bFilterProcess = true;
@@ -347,9 +351,7 @@ void CIFImageEditorView::mouseDragged(Point at)
     if (!selects()) {
         if (!bFilterProcess)
             return;
-        _pickPoint = at;
-        editorController->setCenterPoint(at);
-        editorController->applyCurrentFilter();
+        moveCenterTo(at);
         return;
     }
     const Rect before = getSelection();
@@ -386,11 +388,17 @@ void CIFImageEditorView::mouseUp()
     setTouched(bSelected);
 }
 
+void CIFImageEditorView::showEvent(QShowEvent*)
+{
+    sightMayHaveChanged();
+}
+
 void CIFImageEditorView::hideEvent(QHideEvent*)
 {
     // The release that ends a drag will not come.
     bMoved = bFilterProcess = _bMouseDown = false;
     _panning.reset();
+    _splitDrag.reset();
     _mouse.reset();
 }
 
@@ -431,14 +439,26 @@ void CIFImageEditorView::setGeneratorWithAttrOldGeneratorWithAttr(const std::str
 
 std::vector<editor::CursorRect> CIFImageEditorView::resetCursorRects() const
 {
+    constexpr int kHorizontal = 0, kBox = 4, kArrow = 7, kOpenHand = 8, kClosedHand = 9,
+                  kTarget = 11;
     const Rect visible = visibleRect();
+    const auto fromWidget = [this](const QRectF& r) {
+        const Point low = pictureFromWidget(r.bottomLeft()), high = pictureFromWidget(r.topRight());
+        return Rect::fromEdges(low.x, low.y, high.x, high.y);
+    };
+    std::vector<editor::CursorRect> cursors;
     if (bSelected)
-        return editor::selectionCursors(getSelection(), visible, kHitMargin * perScreenPoint(),
-                                        _bMouseDown);
-    constexpr int kBox = 4, kArrow = 7, kTarget = 11;
-    if (selects())
-        return {{visible, kBox}};
-    return {{visible, editorController->pointingMode() == 2 ? kTarget : kArrow}};
+        cursors = editor::selectionCursors(getSelection(), visible, kHitMargin * perScreenPoint(),
+                                           _bMouseDown);
+    else if (selects())
+        cursors = {{visible, kBox}};
+    else
+        cursors = {{visible, editorController->pointingMode() == 2 ? kTarget : kArrow}};
+    if (const auto center = shownCenter(); center && centerFollowsMouse())
+        cursors.push_back({fromWidget(handleArea(*center)), _bMouseDown ? kClosedHand : kOpenHand});
+    for (const QRectF& area : splitHitAreas())
+        cursors.push_back({fromWidget(area), kHorizontal});
+    return cursors;
 }
 
 int CIFImageEditorView::cursorTypeAt(Point at) const
@@ -460,7 +480,8 @@ void CIFImageEditorView::mousePressEvent(QMouseEvent* event)
 {
     _mouse = pictureFromWidget(event->position());
     if (event->button() == Qt::LeftButton) {
-        mouseDown(*_mouse);
+        if (!beginSplitDrag(event->position()))
+            mouseDown(*_mouse);
     } else if (event->button() == Qt::RightButton) {
         rightMouseDown();
     } else if (event->button() == Qt::MiddleButton) {
@@ -478,6 +499,11 @@ void CIFImageEditorView::mouseMoveEvent(QMouseEvent* event)
         return;
     }
     _mouse = pictureFromWidget(event->position());
+    if (_splitDrag) {
+        const Point line = pictureFromWidget(event->position() + QPointF(*_splitDrag, 0));
+        setSplit(line.x / pictureSize().width);
+        return;
+    }
     if (event->buttons() & Qt::LeftButton)
         mouseDragged(*_mouse);
     // While a side is dragged the pointer may leave it; the cursor stays what it was on it.
@@ -488,7 +514,9 @@ void CIFImageEditorView::mouseMoveEvent(QMouseEvent* event)
 void CIFImageEditorView::mouseReleaseEvent(QMouseEvent* event)
 {
     _mouse = pictureFromWidget(event->position());
-    if (event->button() == Qt::LeftButton)
+    if (event->button() == Qt::LeftButton && _splitDrag)
+        _splitDrag.reset();
+    else if (event->button() == Qt::LeftButton)
         mouseUp();
     else if (event->button() == Qt::MiddleButton)
         _panning.reset();
@@ -538,6 +566,35 @@ void CIFImageEditorView::keyPressEvent(QKeyEvent* event)
         if (selects() && key == Qt::Key_Down)
             return moveSelectionBy(0, -step);
     }
+    const auto center = shownCenter();
+    if (!bSelected && center && centerFollowsMouse() && (modifiers == Qt::NoModifier || shifted)) {
+        double dx = 0, dy = 0;
+        switch (event->key()) {
+        case Qt::Key_Left:
+            dx = -step;
+            break;
+        case Qt::Key_Right:
+            dx = step;
+            break;
+        case Qt::Key_Up:
+            dy = step;
+            break;
+        case Qt::Key_Down:
+            dy = -step;
+            break;
+        default:
+            break;
+        }
+        if (dx != 0 || dy != 0) {
+            // Keys do not take it out of the picture, but leave it where a drag took it.
+            const auto within = [](double from, double by, double size) {
+                return std::clamp(from + by, std::min(from, 0.0), std::max(from, size));
+            };
+            const Size picture = pictureSize();
+            return moveCenterTo(
+                {within(center->x, dx, picture.width), within(center->y, dy, picture.height)});
+        }
+    }
     QWidget::keyPressEvent(event);
 }
 
@@ -554,6 +611,8 @@ bool CIFImageEditorView::event(QEvent* event)
     }
     if (event->type() == QEvent::Leave)
         _mouse.reset();
+    if (event->type() == QEvent::ScreenChangeInternal)
+        sightMayHaveChanged();
     return QWidget::event(event);
 }
 
@@ -568,15 +627,25 @@ void CIFImageEditorView::describe()
 {
     const auto number = [](double v) { return QLocale().toString(v, 'g', 6); };
     const Size size = pictureSize();
-    QString text = localized("%1 by %2 points, zoom %3 percent")
+    QString text = editor::localizedString("%1 by %2 points, zoom %3 percent")
                        .arg(number(size.width), number(size.height),
                             number(std::round(double(_scaleFactor) * 1000) / 10));
     if (bSelected) {
         const Rect r = getSelection();
         text += QStringLiteral("; ") +
-                localized("selection of %1 by %2 at %3, %4")
+                editor::localizedString("selection of %1 by %2 at %3, %4")
                     .arg(number(r.width), number(r.height), number(r.x), number(r.y));
     }
-    setAccessibleName(localized("Picture"));
+    if (const auto center = shownCenter())
+        text +=
+            QStringLiteral("; ") +
+            editor::localizedString("center at %1, %2").arg(number(center->x), number(center->y));
+    if (_original && _showsOriginal)
+        text += QStringLiteral("; ") + editor::localizedString("showing the original");
+    else if (isSplit())
+        text += QStringLiteral("; ") +
+                editor::localizedString("original left of %1 percent of the width")
+                    .arg(number(std::round(*_split * 1000) / 10));
+    setAccessibleName(editor::localizedString("Picture"));
     setAccessibleDescription(text);
 }

@@ -14,7 +14,7 @@
 
 #include <memory>
 #include <optional>
-#include <stop_token>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -47,8 +47,10 @@ public:
     // one is shown.
     void setPicture(const foundation::PictureRef& picture);
     const foundation::PictureRef& picture() const { return _picture; }
-    // Shows these pixels over a rectangle of the picture, until the next picture's own are shown or
-    // later ones cover them. Any density; fewer pixels than the picture has there are interpolated.
+    // Shows these pixels over a rectangle of the picture, until the pixels of a picture that is set
+    // later (the same one again, perhaps) are shown or later ones cover them. Any density; fewer
+    // pixels than the picture has there are interpolated. At once; 8-bit pixels are not copied, and
+    // only the latest dozen that do not cover each other are kept.
     void showPixelsInRect(const imaging::BitmapRef& pixels, const Rect& rect);
     // The picture's own pixels are all there and what is shown is final.
     bool showsFinalPixels() const;
@@ -72,21 +74,28 @@ public:
     // setTouched: — true: there is a selection; false: there is none.
     void setTouched(bool touched);
     Point pickPoint() const { return _pickPoint; }
-    void setPickPoint(Point point) { _pickPoint = point; }
+    // Without telling the controller.
+    void setPickPoint(Point point);
 
-    // What the effect is applied to, for comparing; null for nothing to compare with. Neither way of
-    // comparing makes any pixels anew.
+    // What the effect is applied to, for comparing; null for nothing to compare with. Neither way
+    // of comparing applies anything, and pixels made for either picture serve both. It is shown in
+    // place of the picture: one of another size as large as fits, in its middle, never distorted.
     void setOriginal(const PictureRef& original);
-    // Shows the original instead of the picture.
+    const PictureRef& original() const { return _original; }
+    // Shows the original instead of the picture, as soon as it has pixels.
     void setShowsOriginal(bool shows);
     bool showsOriginal() const { return _showsOriginal; }
-    // Shows the original on the left of a line that the user can drag, at this fraction of the
-    // picture's width; nothing for no line.
+    // Shows the original on the left of a line that the user can drag, whatever the reading
+    // direction, at this fraction (0…1) of the picture's width; nothing for no line.
     void setSplit(std::optional<double> fraction);
     std::optional<double> split() const { return _split; }
-    // A handle over the centre of the current entry, in picture points; nothing for none.
+    // A handle over the centre of the current entry, in picture points. With nothing, a preview of
+    // an entry whose pointing mode is 2 has it at the pick point; others have none. It follows the
+    // user's drags and arrow keys by itself.
     void setCenterHandle(std::optional<Point> center);
     std::optional<Point> centerHandle() const { return _centerHandle; }
+    // Where the handle is now, whichever way; nothing for none.
+    std::optional<Point> shownCenter() const;
 
     // What is visible of the picture, and how many device pixels show one of its points.
     Rect visiblePart() const;
@@ -101,7 +110,7 @@ public:
                                                   const foundation::Dictionary* oldAttributes);
     QUndoStack& undoManager() { return _undoManager; }
 
-    // The events, in picture coordinates.
+    // The events, in picture coordinates. Presses on the line of the split are not among them.
     void mouseDown(Point at);
     void mouseDragged(Point at);
     void mouseUp();
@@ -127,12 +136,13 @@ public:
     void clipViewDidScroll();
 
 Q_SIGNALS:
-    // visiblePart() or density() changed.
+    // visiblePart() or density() changed; at most once in each turn of the event loop.
     void sightDidChange();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void changeEvent(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -145,12 +155,24 @@ protected:
 private:
     class GenerateStep;
     struct Relay;
+    struct Pixels;
     // Pixels shown over a rectangle of the picture.
     struct Layer {
-        std::shared_ptr<editor::PicturePyramid> pixels;
+        PictureRef picture; // whose own they are, if any's
+        std::shared_ptr<Pixels> pixels;
         Rect rect;
+        int serial = 0; // later ones are never replaced by earlier ones
         bool smooth = false;
         int drawnLevel = -1;
+
+        const editor::PicturePyramid& pyramid() const;
+    };
+    // Where the line between original and result is on the widget, and what belongs to it.
+    struct SplitShape {
+        int x = 0;            // device pixels; the original is on the left of it
+        QRectF picture;       // what is visible of it
+        QRectF line, handle;  // the line is empty while it is out of sight
+        QRectF before, after; // the tags; empty without room for them
     };
 
     Size pictureSize() const;
@@ -160,22 +182,40 @@ private:
     void generate(const std::string& name, const foundation::Dictionary& attributes);
     void moveSelectionBy(double dx, double dy);
 
+    void moveCenterTo(Point center);
+    bool centerFollowsMouse() const;
+    void sightMayHaveChanged();
+
     double scaleOf(const Layer& layer) const;
     bool isReady(const Layer& layer) const;
-    void stopBuilding();
     void connectPixels();
     void disconnectPixels();
-    void startBuilding(const std::shared_ptr<editor::PicturePyramid>& pixels);
+    Layer layerOf(const PictureRef& picture, const Rect& rect);
+    void startBuilding(const Layer& layer);
+    void showLayer(const Layer& layer);
     void pixelsDidArrive();
     QPoint deviceOrigin() const;
     QRectF deviceFromPicture(const Rect& rect) const;
     QRect pictureOnDevice() const;
 
     void drawPicture(QPainter& painter, const QRect& part);
+    void drawLayers(QPainter& painter, const QRect& part, std::span<Layer> layers);
     void drawSelection(QPainter& painter);
     void drawFrame(QPainter& painter);
     QRect screenAround(const Rect& selection) const;
     void updateAround(const Rect& before, const Rect& after);
+    Rect originalRect() const;
+    bool originalIsThere() const;
+    bool isSplit() const;
+    QRectF visiblePicture() const;
+    SplitShape splitShape() const;
+    QRectF originalTag() const;
+    std::vector<QRectF> splitHitAreas() const;
+    bool beginSplitDrag(QPointF at);
+    void drawComparison(QPainter& painter);
+    QRect handleArea(Point center) const;
+    void drawCenterHandle(QPainter& painter);
+    void centerMayHaveMoved();
     void refreshCursor();
     void describe();
 
@@ -197,7 +237,8 @@ private:
     PictureRef _original;
     bool _showsOriginal = false;
     std::optional<double> _split;
-    std::optional<Point> _centerHandle;
+    std::optional<double> _splitDrag; // from the pointer to the line, screen lengths
+    std::optional<Point> _centerHandle, _drawnCenter;
     float _scaleFactor = 1;
     float _origScaleFactor = 1; // to return to after a fit
     int _picOffsetX = 0, _picOffsetY = 0;
@@ -207,11 +248,12 @@ private:
     Rect _bounds;
     QUndoStack _undoManager;
 
+    int _serial = 0;
     std::vector<Layer> _layers; // the lowest is a picture's own
+    std::optional<Layer> _originalLayer;
     // Pictures that will be shown: the one whose pixels are being made, and the latest after it.
     // Every one that is begun is shown, so that a fast sequence of pictures is seen to move.
     std::optional<Layer> _coming, _waiting;
-    std::stop_source _stop;
     std::shared_ptr<Relay> _relay; // outlives the view in running work
     QImage _canvas;
 
@@ -221,4 +263,7 @@ private:
     std::optional<QPoint> _panning; // scroll position plus mouse position
     int _cursorType = 7;
     int _wheelRest = 0;
+    bool _tellsSight = false;
+    Rect _toldPart;
+    double _toldDensity = 0;
 };

@@ -17,6 +17,7 @@ namespace {
 
 constexpr double kSelectionBorder = 1.5, kFrameLine = 1; // screen lengths
 constexpr int kCheckerSide = 8;
+constexpr std::size_t kMostPartsShown = 12;
 
 // Two, so that pixels that take long hold up no others.
 class Workers : public QThreadPool {
@@ -49,37 +50,89 @@ void CIFImageEditorView::connectPixels()
 
 void CIFImageEditorView::disconnectPixels()
 {
-    _stop.request_stop();
     const std::lock_guard held(_relay->lock);
     _relay->view = nullptr;
 }
 
+// A pyramid that is built once at most, and no longer than a layer shows it.
+struct CIFImageEditorView::Pixels {
+    std::shared_ptr<editor::PicturePyramid> pyramid;
+    bool begun = false;
+    std::stop_source stop;
+
+    explicit Pixels(std::shared_ptr<editor::PicturePyramid> p) : pyramid(std::move(p)) {}
+    ~Pixels() { stop.request_stop(); }
+};
+
+const editor::PicturePyramid& CIFImageEditorView::Layer::pyramid() const
+{
+    return *pixels->pyramid;
+}
+
+CIFImageEditorView::Layer CIFImageEditorView::layerOf(const PictureRef& picture, const Rect& rect)
+{
+    Layer layer;
+    layer.picture = picture;
+    layer.rect = rect;
+    layer.serial = ++_serial;
+    const auto share = [&](const Layer& known) {
+        if (known.picture == picture)
+            layer.pixels = known.pixels;
+    };
+    for (const auto* known : {&_coming, &_waiting, &_originalLayer})
+        if (*known)
+            share(**known);
+    if (!_layers.empty())
+        share(_layers.front());
+    if (!layer.pixels)
+        layer.pixels = std::make_shared<Pixels>(std::make_shared<editor::PicturePyramid>(picture));
+    return layer;
+}
+
 void CIFImageEditorView::setPicture(const PictureRef& picture)
 {
-    if (picture == _picture) {
-        update();
-        return;
-    }
-    _picture = picture;
-    Layer next;
-    next.pixels = std::make_shared<editor::PicturePyramid>(picture);
-    next.rect = {0, 0, pictureSize().width, pictureSize().height};
-    const bool keepsShown = picture && !_layers.empty() && _layers.front().rect == next.rect;
+    const Rect rect = {0, 0, picture ? picture->size().width : 0,
+                       picture ? picture->size().height : 0};
     if (!picture) {
-        stopBuilding();
+        _picture = nullptr;
+        _coming.reset();
+        _waiting.reset();
         _layers.clear();
-    } else if (!keepsShown || isReady(next)) {
-        stopBuilding();
-        _layers = {next};
-        startBuilding(next.pixels);
-    } else if (_coming) {
-        _waiting = next;
+    } else if (picture == _picture) {
+        // What was shown over it since then goes, once its own pixels can be shown.
+        if (_waiting || _coming)
+            (_waiting ? _waiting : _coming)->serial = ++_serial;
+        else
+            showLayer(layerOf(picture, rect));
     } else {
-        _coming = next;
-        startBuilding(next.pixels);
+        const Layer next = layerOf(picture, rect);
+        _picture = picture;
+        const bool keepsShown = !_layers.empty() && _layers.front().rect == rect;
+        if (!keepsShown || isReady(next)) {
+            _coming.reset();
+            _waiting.reset();
+            showLayer(next);
+            startBuilding(next);
+        } else if (_coming) {
+            _waiting = next;
+        } else {
+            _coming = next;
+            startBuilding(next);
+        }
     }
+    if (_originalLayer)
+        _originalLayer->rect = originalRect();
     update();
     describe();
+    centerMayHaveMoved();
+    sightMayHaveChanged();
+}
+
+void CIFImageEditorView::showLayer(const Layer& layer)
+{
+    // Pixels that came after the picture was set belong to a later one.
+    std::erase_if(_layers, [&](const Layer& l) { return l.picture || l.serial < layer.serial; });
+    _layers.insert(_layers.begin(), layer);
 }
 
 void CIFImageEditorView::showPixelsInRect(const imaging::BitmapRef& pixels, const Rect& rect)
@@ -87,19 +140,24 @@ void CIFImageEditorView::showPixelsInRect(const imaging::BitmapRef& pixels, cons
     if (!pixels || !_picture || rect.isEmpty())
         return;
     Layer layer;
-    layer.pixels = std::make_shared<editor::PicturePyramid>(pixels);
+    layer.pixels = std::make_shared<Pixels>(std::make_shared<editor::PicturePyramid>(pixels));
+    if (layer.pyramid().levels() == 0)
+        return;
     layer.rect = rect;
+    layer.serial = ++_serial;
     const double density = pixels->width() / rect.width;
     layer.smooth = density < 0.75 * _picture->pixelsWide() / pictureSize().width;
     // What lies under it entirely is never seen again, but for the picture's own.
     const auto hidden = [&](const Layer& below) {
-        return below.rect.x >= rect.x && below.rect.y >= rect.y &&
+        return !below.picture && below.rect.x >= rect.x && below.rect.y >= rect.y &&
                below.rect.right() <= rect.right() && below.rect.top() <= rect.top();
     };
-    _layers.erase(std::remove_if(_layers.begin() + 1, _layers.end(), hidden), _layers.end());
+    std::erase_if(_layers, hidden);
+    if (_layers.size() > kMostPartsShown)
+        _layers.erase(_layers.begin() + 1);
     _layers.push_back(layer);
-    startBuilding(layer.pixels);
     update(widgetFromPicture(rect).toAlignedRect().adjusted(-1, -1, 1, 1));
+    centerMayHaveMoved();
 }
 
 bool CIFImageEditorView::showsFinalPixels() const
@@ -110,42 +168,41 @@ bool CIFImageEditorView::showsFinalPixels() const
 double CIFImageEditorView::scaleOf(const Layer& layer) const
 {
     const QRectF target = deviceFromPicture(layer.rect);
-    return std::max(target.width() / layer.pixels->width(),
-                    target.height() / layer.pixels->height());
+    return std::max(target.width() / layer.pyramid().width(),
+                    target.height() / layer.pyramid().height());
 }
 
 bool CIFImageEditorView::isReady(const Layer& layer) const
 {
-    return layer.pixels->isComplete() ||
-           layer.pixels->levels() > editor::wantedLevel(scaleOf(layer));
+    return layer.pyramid().isComplete() ||
+           layer.pyramid().levels() > editor::wantedLevel(scaleOf(layer));
 }
 
-void CIFImageEditorView::startBuilding(const std::shared_ptr<editor::PicturePyramid>& pixels)
+void CIFImageEditorView::startBuilding(const Layer& layer)
 {
-    workers->start([pixels, relay = _relay, stop = _stop.get_token()] {
-        pixels->build(stop, [&relay] { relay->pixelsDidArrive(); });
-    });
-}
-
-void CIFImageEditorView::stopBuilding()
-{
-    _coming.reset();
-    _waiting.reset();
-    _stop.request_stop();
-    _stop = {};
+    if (std::exchange(layer.pixels->begun, true))
+        return;
+    workers->start(
+        [pyramid = layer.pixels->pyramid, relay = _relay, stop = layer.pixels->stop.get_token()] {
+            pyramid->build(stop, [&relay] { relay->pixelsDidArrive(); });
+        });
 }
 
 void CIFImageEditorView::pixelsDidArrive()
 {
-    if (_coming && isReady(*_coming)) {
-        _layers = {*std::exchange(_coming, std::exchange(_waiting, std::nullopt))};
+    while (_coming && isReady(*_coming)) {
+        showLayer(*std::exchange(_coming, std::exchange(_waiting, std::nullopt)));
         if (_coming)
-            startBuilding(_coming->pixels);
+            startBuilding(*_coming);
     }
     // Most levels that arrive are not the one that is looked at.
-    for (const Layer& layer : _layers)
-        if (editor::availableLevel(*layer.pixels, scaleOf(layer)) != layer.drawnLevel)
+    const auto refresh = [this](const Layer& layer) {
+        if (editor::availableLevel(layer.pyramid(), scaleOf(layer)) != layer.drawnLevel)
             update(widgetFromPicture(layer.rect).toAlignedRect().adjusted(-1, -1, 1, 1));
+    };
+    std::for_each(_layers.begin(), _layers.end(), refresh);
+    if (_originalLayer && (_showsOriginal || _split))
+        refresh(*_originalLayer);
 }
 
 QRectF CIFImageEditorView::deviceFromPicture(const Rect& rect) const
@@ -164,6 +221,9 @@ QRect CIFImageEditorView::pictureOnDevice() const
 
 void CIFImageEditorView::paintEvent(QPaintEvent* event)
 {
+    // Modes and densities change without a word to the view.
+    centerMayHaveMoved();
+    sightMayHaveChanged();
     QPainter painter(this);
     const qreal ratio = devicePixelRatioF();
     const QRect onDevice = _picture ? pictureOnDevice() : QRect();
@@ -181,10 +241,28 @@ void CIFImageEditorView::paintEvent(QPaintEvent* event)
     if (bTouched)
         drawSelection(painter);
     drawFrame(painter);
+    drawComparison(painter);
+    drawCenterHandle(painter);
     refreshCursor();
 }
 
 void CIFImageEditorView::drawPicture(QPainter& painter, const QRect& part)
+{
+    QRect result = part, original;
+    if (originalIsThere() && _showsOriginal) {
+        std::swap(result, original);
+    } else if (originalIsThere() && isSplit()) {
+        const int x = std::clamp(splitShape().x, part.left(), part.left() + part.width());
+        original.setCoords(part.left(), part.top(), x - 1, part.bottom());
+        result.setLeft(x);
+    }
+    if (!result.isEmpty())
+        drawLayers(painter, result, _layers);
+    if (!original.isEmpty())
+        drawLayers(painter, original, {&*_originalLayer, 1});
+}
+
+void CIFImageEditorView::drawLayers(QPainter& painter, const QRect& part, std::span<Layer> layers)
 {
     // Kept from paint to paint: fresh memory costs more than the pixels in it.
     if (_canvas.width() < part.width() || _canvas.height() < part.height())
@@ -197,12 +275,16 @@ void CIFImageEditorView::drawPicture(QPainter& painter, const QRect& part)
         .side = std::max(qRound(kCheckerSide * devicePixelRatioF()), 1),
         .origin = deviceOrigin(),
     };
-    // Smooth layers leave nothing uncovered, and neither does any other that has pixels.
-    if (_layers.empty() || _layers.front().pixels->levels() == 0)
+    // The lowest covers the rest, unless it has no pixels yet or is an original of another shape.
+    if (layers.empty() || layers.front().pyramid().levels() == 0 ||
+        !editor::coveredPixels(deviceFromPicture(layers.front().rect)).contains(part))
         editor::drawCheckers(checkers, part, _canvas);
-    for (Layer& layer : _layers) {
-        layer.drawnLevel = editor::availableLevel(*layer.pixels, scaleOf(layer));
-        editor::drawPixels(*layer.pixels, deviceFromPicture(layer.rect), layer.smooth, checkers,
+    for (Layer& layer : layers) {
+        layer.drawnLevel = editor::availableLevel(layer.pyramid(), scaleOf(layer));
+        // Parts that are shown as they are need no smaller copies; a zoom may change that.
+        if (!isReady(layer))
+            startBuilding(layer);
+        editor::drawPixels(layer.pyramid(), deviceFromPicture(layer.rect), layer.smooth, checkers,
                            part, _canvas);
     }
     const qreal ratio = devicePixelRatioF();

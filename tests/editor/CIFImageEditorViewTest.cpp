@@ -26,7 +26,7 @@ using testing::ElementsAre;
 
 namespace {
 
-constexpr QRgb kRed = 0xffc03020, kGreen = 0xff20a040;
+constexpr QRgb kRed = 0xffc03020, kGreen = 0xff20a040, kBlue = 0xff3040c0, kYellow = 0xffe0d020;
 
 imaging::BitmapRef plain(int width, int height, QRgb color)
 {
@@ -643,14 +643,7 @@ private:
 TEST_F(PictureView, ShowsPixelsAsTheyCome)
 {
     open(plainPicture(100, 80, kRed));
-    const auto source = std::make_shared<Held>(100, 80, kGreen);
-    view.setPicture(drawing::Picture::fromDeferred(source, {100, 80}));
-    ASSERT_TRUE(waitFor([&] { return source->asked.load(); }));
-    // The window goes on; what it showed stays.
-    EXPECT_FALSE(view.showsFinalPixels());
-    EXPECT_EQ(shownAt(grabbed(), 50, 40), kRed);
     // A coarse preview of a quarter, then a finer part of it.
-    constexpr QRgb kBlue = 0xff3040c0, kYellow = 0xffe0d020;
     view.showPixelsInRect(plain(5, 4, kBlue), {0, 0, 50, 40});
     view.showPixelsInRect(plain(10, 10, kYellow), {20, 20, 10, 10});
     QImage image = grabbed();
@@ -659,15 +652,69 @@ TEST_F(PictureView, ShowsPixelsAsTheyCome)
     EXPECT_EQ(shownAt(image, 30.5, 25), kBlue);
     EXPECT_EQ(shownAt(image, 50.5, 40.5), kRed);
     // One that covers both takes their place.
-    view.showPixelsInRect(plain(60, 50, kGreen), {0, 0, 60, 50});
+    view.showPixelsInRect(plain(60, 50, kBlue), {0, 0, 60, 50});
     image = grabbed();
-    EXPECT_EQ(shownAt(image, 25, 25), kGreen);
+    EXPECT_EQ(shownAt(image, 25, 25), kBlue);
+    EXPECT_EQ(shownAt(image, 70, 60), kRed);
+    const auto source = std::make_shared<Held>(100, 80, kGreen);
+    view.setPicture(drawing::Picture::fromDeferred(source, {100, 80}));
+    ASSERT_TRUE(waitFor([&] { return source->asked.load(); }));
+    // The window goes on; what it showed stays.
+    EXPECT_FALSE(view.showsFinalPixels());
+    image = grabbed();
+    EXPECT_EQ(shownAt(image, 25, 25), kBlue);
     EXPECT_EQ(shownAt(image, 70, 60), kRed);
     source->letGo();
     ASSERT_TRUE(waitFor([&] { return view.showsFinalPixels(); }));
-    EXPECT_EQ(shownAt(grabbed(), 70, 60), kGreen);
+    image = grabbed();
+    EXPECT_EQ(shownAt(image, 25, 25), kGreen);
+    EXPECT_EQ(shownAt(image, 70, 60), kGreen);
     view.setPicture(nullptr);
     EXPECT_EQ(shownAt(grabbed(), 50, 40), view.palette().color(QPalette::Mid).rgb());
+}
+
+TEST_F(PictureView, NewerPixelsAreNeverReplacedByOlder)
+{
+    const PictureRef first = plainPicture(100, 80, kRed);
+    open(first);
+    const auto source = std::make_shared<Held>(100, 80, kGreen);
+    const PictureRef second = drawing::Picture::fromDeferred(source, {100, 80});
+    view.showPixelsInRect(plain(5, 5, kYellow), {0, 0, 20, 20});
+    view.setPicture(second);
+    ASSERT_TRUE(waitFor([&] { return source->asked.load(); }));
+    // Of what comes after the picture whose pixels are still being made.
+    for (int i = 0; i < 100; ++i)
+        view.showPixelsInRect(plain(5, 5, i % 2 != 0 ? kBlue : kYellow), {10, 10, 30, 30});
+    EXPECT_EQ(shownAt(grabbed(), 25, 25), kBlue);
+    EXPECT_EQ(shownAt(grabbed(), 5, 5), kYellow);
+    source->letGo();
+    ASSERT_TRUE(waitFor([&] { return shownAt(grabbed(), 70, 60) == kGreen; }));
+    EXPECT_EQ(shownAt(grabbed(), 25, 25), kBlue);
+    EXPECT_EQ(shownAt(grabbed(), 5, 5), kGreen);
+    EXPECT_FALSE(view.showsFinalPixels());
+    // Setting the picture again means its own pixels.
+    view.setPicture(second);
+    EXPECT_TRUE(view.showsFinalPixels());
+    EXPECT_EQ(shownAt(grabbed(), 25, 25), kGreen);
+}
+
+TEST_F(PictureView, KeepsFewPartsAndLetsTheirPixelsGo)
+{
+    open(plainPicture(100, 80, kRed));
+    std::vector<std::weak_ptr<const imaging::Bitmap>> shown;
+    for (int i = 0; i < 40; ++i) {
+        const auto pixels = plain(10, 10, kBlue);
+        shown.push_back(pixels);
+        view.showPixelsInRect(pixels, {double(i), 10, 10, 10});
+    }
+    const auto alive = [&] {
+        return std::count_if(shown.begin(), shown.end(),
+                             [](const auto& p) { return !p.expired(); });
+    };
+    EXPECT_LE(alive(), 12);
+    EXPECT_EQ(shownAt(grabbed(), 45, 15), kBlue);
+    view.setPicture(plainPicture(100, 80, kGreen));
+    EXPECT_EQ(alive(), 0);
 }
 
 TEST_F(PictureView, AFastSequenceOfPicturesMovesAndEndsWithTheLast)
@@ -675,7 +722,7 @@ TEST_F(PictureView, AFastSequenceOfPicturesMovesAndEndsWithTheLast)
     open(plainPicture(100, 80, kRed));
     const auto first = std::make_shared<Held>(100, 80, kGreen);
     const auto skipped = std::make_shared<Held>(100, 80, kRed);
-    const auto last = std::make_shared<Held>(100, 80, 0xff3040c0);
+    const auto last = std::make_shared<Held>(100, 80, kBlue);
     view.setPicture(drawing::Picture::fromDeferred(first, {100, 80}));
     ASSERT_TRUE(waitFor([&] { return first->asked.load(); }));
     view.setPicture(drawing::Picture::fromDeferred(skipped, {100, 80}));
@@ -686,7 +733,7 @@ TEST_F(PictureView, AFastSequenceOfPicturesMovesAndEndsWithTheLast)
     EXPECT_FALSE(skipped->asked);
     last->letGo();
     ASSERT_TRUE(waitFor([&] { return view.showsFinalPixels(); }));
-    EXPECT_EQ(shownAt(grabbed(), 50, 40), 0xff3040c0);
+    EXPECT_EQ(shownAt(grabbed(), 50, 40), kBlue);
     // A picture of another size does not wait for pixels it could never show.
     const auto other = std::make_shared<Held>(50, 80, kGreen);
     view.setPicture(drawing::Picture::fromDeferred(other, {50, 80}));
@@ -703,6 +750,247 @@ TEST_F(PictureView, AFastSequenceOfPicturesMovesAndEndsWithTheLast)
     QTest::qWait(30);
 }
 
+TEST_F(PictureView, ComparesWithTheOriginalInPlace)
+{
+    const PictureRef result = plainPicture(100, 80, kRed);
+    open(result);
+    view.setShowsOriginal(true);
+    EXPECT_EQ(shownAt(grabbed(), 50, 40), kRed); // nothing to compare with
+    const auto source = std::make_shared<Held>(100, 80, kGreen);
+    view.setOriginal(drawing::Picture::fromDeferred(source, {100, 80}));
+    ASSERT_TRUE(waitFor([&] { return source->asked.load(); }));
+    EXPECT_EQ(shownAt(grabbed(), 50, 40), kRed); // has no pixels yet
+    source->letGo();
+    ASSERT_TRUE(waitFor([&] { return shownAt(grabbed(), 50, 40) == kGreen; }));
+    // Results go on arriving behind it.
+    view.showPixelsInRect(plain(5, 4, kBlue), {0, 0, 50, 40});
+    EXPECT_EQ(shownAt(grabbed(), 25, 20), kGreen);
+    view.setShowsOriginal(false);
+    EXPECT_EQ(shownAt(grabbed(), 25, 20), kBlue);
+    EXPECT_EQ(shownAt(grabbed(), 75, 60), kRed);
+
+    // Twice the points: the same place. Another shape: whole, undistorted, in the middle.
+    view.setShowsOriginal(true);
+    view.setOriginal(plainPicture(200, 160, kYellow));
+    EXPECT_EQ(shownAt(grabbed(), 1, 1), kYellow);
+    EXPECT_EQ(shownAt(grabbed(), 99, 1), kYellow);
+    view.setOriginal(plainPicture(20, 40, kYellow));
+    const QImage image = grabbed();
+    EXPECT_EQ(shownAt(image, 31, 2), kYellow);
+    EXPECT_EQ(shownAt(image, 69, 78), kYellow);
+    EXPECT_NE(shownAt(image, 28, 40), kYellow);
+    EXPECT_NE(shownAt(image, 72, 40), kYellow);
+    view.setOriginal(drawing::Picture::fromBitmap(plain(3, 3, kRed), foundation::Size{}));
+    (void)grabbed();
+}
+
+TEST_F(PictureView, PixelsOfOnePictureServeBothSides)
+{
+    // Of 16 bits: what is drawn of it has to be made, and is there at once only if it was kept.
+    const PictureRef base = drawing::Picture::fromBitmap(
+        support::converted(*plain(100, 80, kGreen), imaging::PixelFormat::Rgba16));
+    open(base);
+    ASSERT_TRUE(waitFor([&] { return view.showsFinalPixels(); }));
+    view.setOriginal(base);
+    view.setPicture(plainPicture(100, 80, kRed));
+    EXPECT_EQ(shownAt(grabbed(), 50, 40), kRed);
+    view.setOriginal(base);
+    view.setShowsOriginal(true);
+    EXPECT_EQ(shownAt(grabbed(), 50, 40), kGreen);
+    view.setShowsOriginal(false);
+    view.setPicture(base);
+    EXPECT_TRUE(view.showsFinalPixels());
+    EXPECT_EQ(shownAt(grabbed(), 50, 40), kGreen);
+}
+
+TEST_F(PictureView, SplitsAlongALineThatIsDragged)
+{
+    open(plainPicture(300, 200, kRed));
+    view.setOriginal(plainPicture(300, 200, kGreen));
+    view.setSplit(0.5);
+    QImage image = grabbed();
+    EXPECT_EQ(shownAt(image, 140, 50), kGreen);
+    EXPECT_EQ(shownAt(image, 160, 50), kRed);
+    EXPECT_EQ(view.cursorTypeAt({150, 50}), 0);
+    EXPECT_EQ(view.cursorTypeAt({145, 50}), 0);
+    EXPECT_EQ(view.cursorTypeAt({140, 50}), 4);
+    // From beside the line; the hand keeps its distance from it.
+    press(153, 20);
+    drag(100, 90);
+    EXPECT_NEAR(*view.split(), 97 / 300.0, 0.002);
+    image = grabbed();
+    EXPECT_EQ(shownAt(image, 90, 50), kGreen);
+    EXPECT_EQ(shownAt(image, 104, 50), kRed);
+    drag(-500, 90);
+    EXPECT_EQ(view.split(), 0);
+    drag(203, 90);
+    release(203, 90);
+    EXPECT_NEAR(*view.split(), 200 / 300.0, 0.002);
+    // The view's own events saw none of it; beside the line they do.
+    EXPECT_TRUE(controller.calls.empty());
+    EXPECT_FALSE(view.isSelected());
+    EXPECT_EQ(view.pickPoint(), Point());
+    dragFromTo({50, 50}, {80, 90});
+    EXPECT_EQ(view.getSelection(), (Rect{50, 50, 30, 40}));
+
+    view.setSplit(NAN);
+    EXPECT_EQ(view.split(), 0.5);
+    view.setSplit(7);
+    EXPECT_EQ(view.split(), 1);
+    view.setShowsOriginal(true);
+    EXPECT_EQ(view.cursorTypeAt({299, 20}), 4); // no line to hold
+    view.setShowsOriginal(false);
+    view.setSplit({});
+    EXPECT_EQ(shownAt(grabbed(), 10, 50), shownAt(grabbed(), 290, 50));
+}
+
+TEST_F(PictureView, TheHandleOfAnUnseenLineWaitsAtTheBorder)
+{
+    open(plainPicture(3000, 200, kRed));
+    view.setOriginal(plainPicture(3000, 200, kGreen));
+    scroll.setScrollPosition({0, 0});
+    view.setSplit(0.9);
+    const QImage image = grabbed();
+    EXPECT_EQ(shownAt(image, 300, 50), kGreen);
+    const Rect seen = view.visiblePart();
+    EXPECT_EQ(view.cursorTypeAt({seen.right() - 10, seen.midY()}), 0);
+    EXPECT_EQ(view.cursorTypeAt({seen.right() - 10, seen.midY() + 60}), 4);
+    dragFromTo({seen.right() - 14, seen.midY()}, {200, 100});
+    EXPECT_NEAR(*view.split() * 3000, 200, 1);
+}
+
+TEST_F(PictureView, ASplitDragRepaintsWhatChanges)
+{
+    const auto photo = drawing::Picture::fromBitmap(support::picture("photo-96x64"));
+    open(photo, 4);
+    view.setOriginal(plainPicture(96, 64, kGreen));
+    view.setSplit(0.3);
+    ASSERT_TRUE(waitFor([&] { return view.showsFinalPixels(); }));
+    QTest::qWait(20);
+    const auto onScreen = [&] {
+        QApplication::processEvents();
+        return scroll.screen()
+            ->grabWindow(scroll.winId())
+            .toImage()
+            .convertToFormat(QImage::Format_RGB32);
+    };
+    for (const double fraction : {0.32, 0.7, 0.0, 1.0, 0.55}) {
+        view.setSplit(fraction);
+        const QImage kept = onScreen();
+        view.update();
+        EXPECT_EQ(kept, onScreen()) << fraction;
+    }
+}
+
+TEST_F(PictureView, CentreHandleFollowsMouseAndKeys)
+{
+    controller.name = "CIFMirrorFilter";
+    controller.mode = 1;
+    open(plainPicture(300, 200), 1);
+    EXPECT_FALSE(view.shownCenter());
+    controller.pointing = 2;
+    view.setPickPoint({150, 100});
+    EXPECT_EQ(view.shownCenter(), (Point{150, 100}));
+    QImage image = grabbed();
+    EXPECT_EQ(shownAt(image, 150.2, 100.2), 0xffffffff);
+    EXPECT_NE(shownAt(image, 157, 100), kRed);
+    EXPECT_EQ(shownAt(image, 170, 100), kRed);
+    EXPECT_EQ(view.cursorTypeAt({152, 98}), 8);
+    EXPECT_EQ(view.cursorTypeAt({180, 98}), 11);
+
+    press(50, 60);
+    EXPECT_EQ(view.cursorTypeAt({50, 60}), 9);
+    drag(80, 90);
+    release(80, 90);
+    EXPECT_EQ(view.shownCenter(), (Point{80, 90}));
+    image = grabbed();
+    EXPECT_EQ(shownAt(image, 80.2, 90.2), 0xffffffff);
+    EXPECT_EQ(shownAt(image, 150.2, 100.2), kRed);
+    controller.take();
+    QTest::keyClick(&view, Qt::Key_Left);
+    QTest::keyClick(&view, Qt::Key_Up, Qt::ShiftModifier);
+    EXPECT_EQ(view.pickPoint(), (Point{79, 100}));
+    EXPECT_EQ(controller.center, (Point{79, 100}));
+    EXPECT_THAT(controller.take(), ElementsAre("center", "apply", "center", "apply"));
+    // Keys stop at the picture's side, and bring back what a drag took out.
+    for (int i = 0; i < 20; ++i)
+        QTest::keyClick(&view, Qt::Key_Up, Qt::ShiftModifier);
+    EXPECT_EQ(view.pickPoint(), (Point{79, 200}));
+    press(80, 90);
+    drag(340, 230);
+    release(340, 230);
+    QTest::keyClick(&view, Qt::Key_Right);
+    QTest::keyClick(&view, Qt::Key_Down);
+    EXPECT_EQ(view.pickPoint(), (Point{340, 229}));
+
+    // One that was set goes along, whatever the pointing mode.
+    controller.pointing = 1;
+    EXPECT_FALSE(view.shownCenter());
+    view.setCenterHandle(Point{30, 40});
+    QTest::keyClick(&view, Qt::Key_Right);
+    EXPECT_EQ(view.centerHandle(), (Point{31, 40}));
+    press(60, 70);
+    EXPECT_EQ(view.centerHandle(), (Point{60, 70}));
+    release(60, 70);
+    // The selection has the keys while there is one.
+    view.setSelection({10, 10, 20, 20});
+    controller.take();
+    QTest::keyClick(&view, Qt::Key_Right);
+    EXPECT_TRUE(controller.calls.empty());
+    view.setTouched(false);
+    for (const Point far : {Point{-400, 100}, {1e300, -1e300}}) {
+        view.setCenterHandle(far);
+        EXPECT_EQ(shownAt(grabbed(), 3, 100), kRed);
+    }
+    view.setCenterHandle(Point{NAN, 3});
+    EXPECT_FALSE(view.centerHandle());
+}
+
+TEST_F(PictureView, TellsOnceWhatIsInSight)
+{
+    open(plainPicture(2000, 1500));
+    QApplication::processEvents();
+    int told = 0;
+    QObject::connect(&view, &CIFImageEditorView::sightDidChange, [&] { ++told; });
+    const auto turns = [&] {
+        QApplication::processEvents();
+        return std::exchange(told, 0);
+    };
+    EXPECT_EQ(turns(), 0);
+    view.setScaleFactor(2);
+    view.setScaleFactor(3);
+    scroll.setScrollPosition({10, 10});
+    EXPECT_EQ(told, 0);
+    EXPECT_EQ(turns(), 1);
+    EXPECT_DOUBLE_EQ(view.density(), 3 * view.devicePixelRatioF());
+    EXPECT_DOUBLE_EQ(view.visiblePart().x, 10 / 3.0);
+    scroll.setScrollPosition({50, 10});
+    EXPECT_EQ(turns(), 1);
+    scroll.setScrollPosition({50, 10});
+    view.setSelection({1, 2, 3, 4});
+    view.setPicture(plainPicture(2000, 1500, kGreen));
+    EXPECT_EQ(turns(), 0);
+    scroll.resize(450, 380);
+    EXPECT_EQ(turns(), 1);
+    view.setPicture(plainPicture(20, 10));
+    view.updateSize();
+    EXPECT_EQ(turns(), 1);
+    // Nothing but the picture counts as seen.
+    view.setScaleFactor(1);
+    EXPECT_EQ(view.visiblePart(), (Rect{0, 0, 20, 10}));
+}
+
+TEST_F(PictureView, APictureOfTheSameSizeStaysWhereItWas)
+{
+    open(plainPicture(2000, 1500), 2);
+    scroll.setScrollPosition({123, 456});
+    const Rect before = view.visibleRect();
+    view.setPicture(plainPicture(2000, 1500, kGreen));
+    QApplication::processEvents();
+    EXPECT_EQ(view.visibleRect(), before);
+    EXPECT_EQ(view.getScaleFactor(), 2);
+}
+
 TEST_F(PictureView, TellsScreenReadersWhatItShows)
 {
     open(plainPicture(300, 200), 0.5f);
@@ -713,6 +1001,16 @@ TEST_F(PictureView, TellsScreenReadersWhatItShows)
     view.setSelection({160, 110, -60, -60});
     EXPECT_EQ(accessible->text(QAccessible::Description),
               "300 by 200 points, zoom 50 percent; selection of 60 by 60 at 100, 50");
+    view.setTouched(false);
+    view.setCenterHandle(Point{20, 30.5});
+    view.setOriginal(plainPicture(300, 200));
+    view.setSplit(0.25);
+    EXPECT_EQ(accessible->text(QAccessible::Description),
+              "300 by 200 points, zoom 50 percent; center at 20, 30.5; "
+              "original left of 25 percent of the width");
+    view.setShowsOriginal(true);
+    EXPECT_EQ(accessible->text(QAccessible::Description),
+              "300 by 200 points, zoom 50 percent; center at 20, 30.5; showing the original");
 }
 
 TEST_F(PictureView, SurvivesOddPictures)
