@@ -1,6 +1,11 @@
 #include "editor/Forms.h"
 
 #include "editor/CCColorSlider.h"
+#include "editor/CIFImageEditorView.h"
+#include "editor/ColorWell.h"
+#include "editor/DecimalControl.h"
+#include "editor/FormWidgets.h"
+#include "editor/PictureScrollView.h"
 #include "platform/foundation/Bundle.h"
 
 #include <QComboBox>
@@ -15,16 +20,43 @@ namespace editor {
 
 namespace {
 
+template <class Control>
+QWidget* made(QWidget* parent)
+{
+    return new Control(parent);
+}
+
+struct OwnControl {
+    const char* className;
+    QWidget* (*make)(QWidget* parent);
+};
+constexpr OwnControl kOwnControls[] = {
+    {"CCColorSlider", made<CCColorSlider>},
+    {"editor::BusyView", made<BusyView>},
+    {"editor::ColorWell", made<ColorWell>},
+    {"editor::ColumnScrollArea", made<ColumnScrollArea>},
+    {"editor::GlyphButton", made<GlyphButton>},
+    {"editor::LinkView", made<LinkView>},
+    {"editor::NumberField", made<NumberField>},
+    {"editor::PageStack", made<PageStack>},
+    {"editor::ParameterLabel", made<ParameterLabel>},
+    {"editor::ParameterSlider", made<ParameterSlider>},
+    {"editor::PictureScrollView", made<PictureScrollView>},
+    {"editor::Stepper", made<Stepper>},
+};
+
 // Knows the window's own controls by the class names that forms give them.
 class FormLoader final : public QUiLoader {
 public:
     QWidget* createWidget(const QString& className, QWidget* parent, const QString& name) override
     {
-        if (className != QLatin1String("CCColorSlider"))
-            return QUiLoader::createWidget(className, parent, name);
-        auto* slider = new CCColorSlider(parent);
-        slider->setObjectName(name);
-        return slider;
+        for (const auto& [known, make] : kOwnControls)
+            if (className == QLatin1String(known)) {
+                QWidget* control = make(parent);
+                control->setObjectName(name);
+                return control;
+            }
+        return QUiLoader::createWidget(className, parent, name);
     }
 };
 

@@ -1,0 +1,156 @@
+// Small widgets of the editor's form.
+#include "editor/FormWidgets.h"
+
+#include "editor/Glyphs.h"
+
+#include <QEvent>
+#include <QPainter>
+#include <QScrollBar>
+#include <QStyle>
+#include <QStyleOptionToolButton>
+#include <QStylePainter>
+#include <QTextDocument>
+
+#include <algorithm>
+#include <cmath>
+
+namespace editor {
+
+// PageStack
+
+PageStack::PageStack(QWidget* parent) : QStackedWidget(parent)
+{
+    connect(this, &QStackedWidget::currentChanged, this, [this] { updateGeometry(); });
+}
+
+QSize PageStack::sizeHint() const
+{
+    const int width = QStackedWidget::sizeHint().width();
+    return {width, currentWidget() ? currentWidget()->sizeHint().height() : 0};
+}
+
+QSize PageStack::minimumSizeHint() const
+{
+    int width = 0;
+    for (int i = 0; i < count(); ++i)
+        width = std::max(width, widget(i)->minimumSizeHint().width());
+    return {width, currentWidget() ? currentWidget()->minimumSizeHint().height() : 0};
+}
+
+bool PageStack::hasHeightForWidth() const
+{
+    return currentWidget() && currentWidget()->hasHeightForWidth();
+}
+
+int PageStack::heightForWidth(int width) const
+{
+    return currentWidget() ? currentWidget()->heightForWidth(width) : -1;
+}
+
+// ColumnScrollArea
+
+ColumnScrollArea::ColumnScrollArea(QWidget* parent) : QScrollArea(parent)
+{
+    setWidgetResizable(true);
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+}
+
+bool ColumnScrollArea::eventFilter(QObject* object, QEvent* event)
+{
+    if (object == widget() && event->type() == QEvent::LayoutRequest)
+        updateGeometry();
+    return QScrollArea::eventFilter(object, event);
+}
+
+QSize ColumnScrollArea::sizeHint() const
+{
+    const QSize content = widget() ? widget()->sizeHint() : QSize();
+    return {std::max(content.width() + verticalScrollBar()->sizeHint().width(),
+                     minimumSizeHint().width()),
+            content.height()};
+}
+
+QSize ColumnScrollArea::minimumSizeHint() const
+{
+    constexpr int kLowest = 120;
+    const int content = widget() ? widget()->minimumSizeHint().width() : 0;
+    return {content + verticalScrollBar()->sizeHint().width(), kLowest};
+}
+
+// LinkView
+
+LinkView::LinkView(QWidget* parent) : QTextBrowser(parent)
+{
+    setFrameShape(QFrame::NoFrame);
+    setOpenExternalLinks(true);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    viewport()->setAutoFillBackground(false);
+    document()->setDocumentMargin(2);
+    connect(this, &QTextEdit::textChanged, this, [this] { updateGeometry(); });
+}
+
+QSize LinkView::sizeHint() const
+{
+    return {0, static_cast<int>(std::ceil(document()->size().height()))};
+}
+
+void LinkView::resizeEvent(QResizeEvent* event)
+{
+    QTextBrowser::resizeEvent(event);
+    updateGeometry();
+}
+
+// GlyphButton
+
+GlyphButton::GlyphButton(QWidget* parent) : QToolButton(parent)
+{
+    setAutoRaise(true);
+    setFocusPolicy(Qt::TabFocus);
+}
+
+void GlyphButton::setGlyph(const QString& glyph)
+{
+    _glyph = glyph;
+    update();
+}
+
+QSize GlyphButton::sizeHint() const
+{
+    const int side = std::max(fontMetrics().height() + 10, 26);
+    return {side, side};
+}
+
+void GlyphButton::paintEvent(QPaintEvent*)
+{
+    QStylePainter painter(this);
+    QStyleOptionToolButton option;
+    initStyleOption(&option);
+    option.text.clear();
+    option.icon = {};
+    option.features.setFlag(QStyleOptionToolButton::HasMenu, false);
+    painter.drawComplexControl(QStyle::CC_ToolButton, option);
+    const double side = fontMetrics().height();
+    QRectF place(0, 0, side, side);
+    place.moveCenter(QRectF(rect()).center());
+    // A star is filled while it is on.
+    const QString on = _glyph + QLatin1String("red");
+    const QString shown = isChecked() && isGlyph(on) ? on : _glyph;
+    drawGlyph(
+        painter, shown, place,
+        palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::ButtonText));
+}
+
+// BusyView
+
+BusyView::BusyView(QWidget* parent) : QWidget(parent)
+{
+    QSizePolicy policy = sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    setSizePolicy(policy);
+    hide();
+}
+
+} // namespace editor

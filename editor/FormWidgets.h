@@ -1,0 +1,79 @@
+// Small widgets of the editor's form that the toolkit has not quite.
+#pragma once
+
+#include <QLabel>
+#include <QScrollArea>
+#include <QStackedWidget>
+#include <QTextBrowser>
+#include <QToolButton>
+
+namespace editor {
+
+// As wide as its widest page, so that nothing moves sideways, but only as high as the one shown.
+class PageStack final : public QStackedWidget {
+    Q_OBJECT
+
+public:
+    explicit PageStack(QWidget* parent = nullptr);
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+    bool hasHeightForWidth() const override;
+    int heightForWidth(int width) const override;
+};
+
+// Scrolls up and down only: never narrower than what it holds and the scroll bar.
+class ColumnScrollArea final : public QScrollArea {
+    Q_OBJECT
+
+public:
+    explicit ColumnScrollArea(QWidget* parent = nullptr);
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
+};
+
+// A line or two of text with links, which open outside; as high as its text.
+class LinkView final : public QTextBrowser {
+    Q_OBJECT
+
+public:
+    explicit LinkView(QWidget* parent = nullptr);
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return {0, sizeHint().height()}; }
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+};
+
+// A flat button with one of the window's signs on it, in the colours of the text. Its text is for
+// screen readers.
+class GlyphButton final : public QToolButton {
+    Q_OBJECT
+    // The name of a sign, see drawGlyph.
+    Q_PROPERTY(QString glyph READ glyph WRITE setGlyph)
+
+public:
+    explicit GlyphButton(QWidget* parent = nullptr);
+    const QString& glyph() const { return _glyph; }
+    void setGlyph(const QString& glyph);
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    QString _glyph;
+};
+
+// Keeps its room while it is hidden, as it is to begin with.
+class BusyView final : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit BusyView(QWidget* parent = nullptr);
+};
+
+} // namespace editor
