@@ -24,6 +24,7 @@
 #include <QStringList>
 
 #include <array>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -137,8 +138,11 @@ public:
     void changeGeneratorImageSize();
     void generatorChangeSizeSheetDidEnd(int returnCode);
     void imageChangeSizeSheetDidEnd(int returnCode);
-    // Does something as soon as no result is being waited for: at once, or when it has arrived.
+    // Does something as soon as no result is being waited for: at once, or when it has arrived. One
+    // that was stopped is begun again; what still waits when a result is stopped is not done.
     void whenResultIsThere(std::function<void()> action);
+    // A result is being waited for.
+    bool isWaiting() const { return _wanted.has_value(); }
     editor::EffectRunner& runner() { return *_runner; }
 
     // --- The lists: both show the catalogue of the plug-in object's current effects set ---
@@ -205,8 +209,8 @@ public:
     PictureRef textureImage();
     PictureRef brushImage();
     PictureRef shadedMaterialImage();
-    // sortShadingMateriaNames (sic) — −1 when a comes before b. Knowingly not symmetric: a pair with
-    // "Sand" is always in order.
+    // sortShadingMateriaNames (sic) — −1 when a comes before b. Knowingly not symmetric: a pair
+    // with "Sand" is always in order.
     static int sortShadingMateriaNames(const std::string& a, const std::string& b);
 
     // Reset: every value of the current entry, or one, becomes what it starts with.
@@ -252,10 +256,16 @@ public:
 
     const editor::EditorOutlets& outlets() const { return _outlets; }
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
+    class BaseStep;
+
     void showToolbarMenu(const QPoint& position);
 
     // The run.
+    bool startRun(EffectsSet set, const PictureRef& picture, const Rect* selection);
     bool loadWindow();
     void buildControlSets();
     void fillMenus();
@@ -263,8 +273,26 @@ private:
     void connectParameterControls();
     void createCommands(); // menus, shortcuts, and the buttons that are neither
     bool runModally();
+    void stopModalWithCode(int code);
+    void runDidEnd();
+    void fillMenu(QComboBox* menu, const std::vector<std::string>& names, bool isLocalized,
+                  bool hasOther);
+    void showScale(double sliderValue);
+    void showStatus(const QString& text);
+    void sightDidChange();
+    void wantResult(const editor::Effect& effect);
     void resultDidArrive(const editor::Effect& effect, const PictureRef& result);
+    void partDidArrive(const imaging::BitmapRef& pixels, const Rect& rect);
+    void runnerDidStop();
+    void showResult(const PictureRef& result);
+    void performWaiting();
+    void waitToClose(bool waits);
     void setPictureOfRun(const PictureRef& picture);
+    // A base picture of another size, which can be undone; the old one stays when memory is short.
+    void changeBase(const PictureRef& picture, plugin::EditRecord record);
+    void baseDidChangeSize();
+    void keepPointInPlace(Size before, Size now);
+    plugin::EditRecord recordWithCurrentStep() const;
 
     editor::EditorOutlets _outlets;
     QPointer<QMainWindow> _window;
@@ -311,8 +339,19 @@ private:
     QCheckBox* _useBackColorButton = nullptr;
     editor::ColorWell* _backColorWell = nullptr;
 
-    plugin::EditRecord _record; // of the steps before the current entry
-    QEventLoop* _modalLoop = nullptr;
+    plugin::EditRecord _record;          // of the steps before the current entry
+    QPointer<QMainWindow> _loadedWindow; // the form's, owned
+    QEventLoop* _modalLoop = nullptr;    // while a run is on
     int _modalCode = 0;
-    std::vector<std::function<void()>> _whenResultIsThere;
+    std::optional<editor::Effect> _wanted;  // is waited for
+    std::optional<editor::Effect> _stopped; // was waited for until it was stopped
+    std::optional<editor::Effect> _shown;   // the last whose result arrived, which is
+    PictureRef _shownResult;
+    std::deque<std::function<void()>> _whenResultIsThere;
+    bool _isClosing = false; // accepted, and waits for the result
+    std::vector<QPointer<QObject>> _heldWhileClosing;
+    bool _isOpening = false; // the window may not have its size yet
+    // What the last run handed back, from when its window let go of the picture.
+    std::optional<plugin::EditRecord> _recordOfRun;
+    std::optional<Rect> _selectionOfRun;
 };

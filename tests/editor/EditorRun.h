@@ -1,0 +1,164 @@
+// Whole runs of the editor window, driven from inside: the start call is made, and a script plays
+// the user in the modal loop that it runs.
+//
+//     const bool accepted = edit(photo(), [&] {
+//         choose("CISepiaTone");
+//         accept();
+//     });
+//
+// A script that ends without accept() or cancel() has the run cancelled.
+#pragma once
+
+#include "editor/CIFImageEditorController.h"
+#include "editor/CIFImageEditorView.h"
+#include "platform/drawing/Picture.h"
+#include "plugin/CIFMain.h"
+#include "plugin/StartingValues.h"
+#include "tests/plugin/Environment.h"
+#include "tests/support/Support.h"
+
+#include <QAbstractButton>
+#include <QMainWindow>
+#include <QTest>
+#include <QTimer>
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+class EditorRun : public testing::Test {
+protected:
+    using PictureRef = foundation::PictureRef;
+    using Script = std::function<void()>;
+    static constexpr int kPatience = 60'000; // milliseconds until something counts as hung
+
+    // Filter mode, with a selection or without; true when accepted.
+    bool edit(const PictureRef& picture, const Script& script)
+    {
+        playLater(script);
+        return controller.startEditorUseSelectionWithRect(picture, false, {});
+    }
+    bool edit(const PictureRef& picture, const foundation::Rect& selection, const Script& script)
+    {
+        playLater(script);
+        return controller.startEditorUseSelectionWithRect(picture, true, selection);
+    }
+    // Generator mode, on a blank of that size or on a picture.
+    bool generate(foundation::Size size, const Script& script)
+    {
+        playLater(script);
+        return controller.startGeneratorWithRect(nullptr, {0, 0, size.width, size.height});
+    }
+    bool generate(const PictureRef& picture, const Script& script)
+    {
+        playLater(script);
+        return controller.startGeneratorWithRect(picture, {});
+    }
+
+    // The rest is for scripts.
+
+    QMainWindow& window() { return *controller.window(); }
+    CIFImageEditorView& view() { return *controller.pictureView(); }
+    const editor::EditorOutlets& parts() { return controller.outlets(); }
+    // Of the window, by object name.
+    template <class T>
+    T& part(const char* name)
+    {
+        T* found = window().findChild<T*>(QLatin1String(name));
+        if (!found)
+            throw std::runtime_error(std::string("the window has no ") + name);
+        return *found;
+    }
+
+    static void click(QWidget* button)
+    {
+        ASSERT_NE(button, nullptr);
+        QTest::mouseClick(button, Qt::LeftButton);
+    }
+    void accept()
+    {
+        _isLeft = true;
+        click(parts()._buttonSet);
+    }
+    void cancel()
+    {
+        _isLeft = true;
+        click(parts()._buttonCancel);
+    }
+
+    static bool waitFor(const std::function<bool()>& condition)
+    {
+        const bool met = QTest::qWaitFor(condition, kPatience);
+        EXPECT_TRUE(met) << "waited in vain";
+        return met;
+    }
+    // Until the result of the current values is shown.
+    void waitForResult()
+    {
+        waitFor([this] { return !controller.isWaiting(); });
+    }
+    // Of the list that is shown.
+    void choose(const std::string& identifier)
+    {
+        controller.chooseEntry(identifier);
+        EXPECT_EQ(controller.filterName(), identifier);
+        waitForResult();
+    }
+
+    static PictureRef photo()
+    {
+        return drawing::Picture::fromBitmap(support::picture("photo-96x64"));
+    }
+    static imaging::BitmapRef pixelsOf(const PictureRef& picture)
+    {
+        const imaging::BitmapRef pixels = picture ? picture->bitmap() : nullptr;
+        if (!pixels)
+            throw std::runtime_error("there is no picture");
+        return pixels;
+    }
+    // What a host gets for the values without any window.
+    static PictureRef applied(const std::string& identifier,
+                              const foundation::Dictionary& attributes, const PictureRef& picture,
+                              std::uint32_t seed = 0)
+    {
+        CIFMain plugIn;
+        if (!plugin::isGeneratorName(identifier))
+            return plugIn.CIFApplyFilterAttributesForImage(identifier, attributes, picture);
+        std::srand(seed);
+        return plugIn.CIFGenerateLayerAttributesForImage(identifier, attributes, picture);
+    }
+    static bool same(const PictureRef& a, const PictureRef& b)
+    {
+        return support::compare(*pixelsOf(a), *pixelsOf(b)).largest == 0;
+    }
+
+    CIFImageEditorController controller;
+
+private:
+    void playLater(const Script& script)
+    {
+        _isLeft = false;
+        // A run that never comes to its loop takes its script with it.
+        _player = std::make_unique<QObject>();
+        QTimer::singleShot(0, _player.get(), [=, this] {
+            try {
+                script();
+            } catch (const std::exception& error) {
+                ADD_FAILURE() << error.what();
+            }
+            if (!_isLeft)
+                controller.windowShouldClose();
+        });
+        QTimer::singleShot(kPatience, _player.get(), [this] {
+            ADD_FAILURE() << "the run does not end";
+            controller.windowShouldClose();
+        });
+    }
+
+    std::unique_ptr<QObject> _player;
+    bool _isLeft = false;
+};
