@@ -178,17 +178,6 @@ void CIFImageEditorController::awakeFromNib()
     updateGLIFControlsWithKeysAttrDesc({}, nullptr, nullptr);
     putIntoPage(_outlets._filtersTabView, "filters", _outlets._filterControlsView);
     putIntoPage(_outlets._filtersTabView, "generators", _outlets._GLIFControlsView);
-    const std::pair<EffectsSet, QTableView*> lists[] = {{Generators, _outlets._GLIFTableView},
-                                                        {Filters, _outlets._tableView}};
-    for (const auto& [set, list] : lists) {
-        if (!list)
-            continue;
-        _CIFPlugInInstance->CIFSetEffectsSet(set);
-        auto*& model = set == Filters ? _tableModel : _GLIFTableModel;
-        model = new editor::CatalogueModel(*this, list);
-        editor::showCatalogue(*list, *model);
-        list->setTextElideMode(Qt::ElideRight);
-    }
     for (QTextBrowser* field : {_outlets.m_URLField, _outlets.m_URLField2})
         if (field)
             field->setHtml(editor::localizedString("Powered by Lumigrove link"));
@@ -199,6 +188,7 @@ void CIFImageEditorController::awakeFromNib()
     _backColorWell = _outlets._backColorWell1;
     if (_outlets._colorSchemeSlider)
         _outlets._colorSchemeSlider->setKeyColorSelectionMode(true);
+    // The lists get their cells with their rows, when their tab is first shown.
     connectParameterControls();
 }
 

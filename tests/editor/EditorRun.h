@@ -6,7 +6,7 @@
 //         accept();
 //     });
 //
-// A script that ends without accept() or cancel() has the run cancelled.
+// A script that ends without accept(), cancel() or leave() has the run cancelled.
 #pragma once
 
 #include "editor/CIFImageEditorController.h"
@@ -89,6 +89,9 @@ protected:
         _isLeft = true;
         click(parts()._buttonCancel);
     }
+
+    // The run ends in another way than by its buttons.
+    void leave() { _isLeft = true; }
 
     static bool waitFor(const std::function<bool()>& condition)
     {
