@@ -1,4 +1,4 @@
-// The system log's one sink. Unguarded, like all state that the caller's thread owns.
+// The system log's sinks. Unguarded, like all state that the caller's thread owns.
 #include "platform/foundation/Log.h"
 
 #include <cstdio>
@@ -14,11 +14,19 @@ LogSink& currentSink()
     return sink;
 }
 
+LogSink& sinkOfThread()
+{
+    thread_local LogSink sink;
+    return sink;
+}
+
 } // namespace
 
 void log(std::string_view line)
 {
-    if (currentSink())
+    if (sinkOfThread())
+        sinkOfThread()(line);
+    else if (currentSink())
         currentSink()(line);
     else
         std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.data());
@@ -27,6 +35,11 @@ void log(std::string_view line)
 LogSink setLogSink(LogSink sink)
 {
     return std::exchange(currentSink(), std::move(sink));
+}
+
+LogSink setLogSinkOfThread(LogSink sink)
+{
+    return std::exchange(sinkOfThread(), std::move(sink));
 }
 
 } // namespace foundation
