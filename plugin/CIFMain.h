@@ -21,6 +21,16 @@ struct PipelineCounters {
     int filtersCreated = 0; // filter objects made for an application
 };
 
+// What applying a filter answers before any pixel is made: the part of the image from the origin on
+// that the result shows, one point to a pixel.
+struct FilterOutput {
+    imaging::Image image;
+    int width = 0, height = 0; // 0 when there is no result
+    imaging::PixelFormat format = imaging::PixelFormat::Rgba8;
+
+    explicit operator bool() const { return width > 0; }
+};
+
 } // namespace plugin
 
 class CIFMain final : public ICoreImageFilter {
@@ -113,6 +123,9 @@ public:
 
     // currCategoriesListDesc — the current effects set's catalogue.
     const ArrayRef& currCategoriesListDesc() const { return _effectsList[_currEffectsSet]; }
+    // What CIFApplyFilterAttributesForImage makes its picture of.
+    plugin::FilterOutput outputOfFilter(std::string_view name, const Dictionary& attributes,
+                                        const PictureRef& picture);
     // GLIFSmartInstanceFromName: — the generator of that class; the last one asked for is kept.
     // Null, with a line in the log, when there is no such class.
     std::shared_ptr<GLIFCoreObject> GLIFSmartInstanceFromName(std::string_view name);
@@ -144,6 +157,8 @@ private:
     bool beginApplication(Application& application, std::string_view name,
                           const Dictionary& attributes, const PictureRef& picture,
                           RepeatedSource repeatedSource);
+    // As large as the background.
+    plugin::FilterOutput sumWithBackground(const Image& image, const Image& background) const;
     Image rasterized(const PictureRef& picture, int width, int height);
     // Of _currImage; made when first asked for.
     Image pointSizeImage();

@@ -220,13 +220,20 @@ Image CIFMain::outputAdditionalCompositingWithBackground(const Image& image,
     return composited("CIAdditionCompositing", image, background);
 }
 
-PictureRef CIFMain::performAdditionalCompositingWithBackground(const Image& image,
-                                                               const Image& background)
+plugin::FilterOutput CIFMain::sumWithBackground(const Image& image, const Image& background) const
 {
     const Image sum = outputAdditionalCompositingWithBackground(image, background);
     const Rect extent = background.extent();
     const PixelSize size = PixelSize::of(extent.width, extent.height);
-    return sum && size ? pictureOf(sum, size, _sourceFormat) : nullptr;
+    return sum && size ? plugin::FilterOutput{sum, size.width, size.height, _sourceFormat}
+                       : plugin::FilterOutput();
+}
+
+PictureRef CIFMain::performAdditionalCompositingWithBackground(const Image& image,
+                                                               const Image& background)
+{
+    const plugin::FilterOutput sum = sumWithBackground(image, background);
+    return sum ? pictureOf(sum.image, {sum.width, sum.height}, sum.format) : nullptr;
 }
 
 Image CIFMain::rasterized(const PictureRef& picture, int width, int height)
@@ -338,14 +345,21 @@ PictureRef CIFMain::CIFApplyFilterAttributesForImage(std::string_view name,
                                                      const Dictionary& attributes,
                                                      const PictureRef& picture)
 {
+    const plugin::FilterOutput output = outputOfFilter(name, attributes, picture);
+    return output ? pictureOf(output.image, {output.width, output.height}, output.format) : nullptr;
+}
+
+plugin::FilterOutput CIFMain::outputOfFilter(std::string_view name, const Dictionary& attributes,
+                                             const PictureRef& picture)
+{
     Application a;
     // A generator-type filter's result is as large as the source it is added onto: the working size
     // the first time, the size in points when the call repeats picture and name. They differ for
     // vector pictures and for those with a resolution of their own.
     if (!beginApplication(a, name, attributes, picture, RepeatedSource::PointSize))
-        return nullptr;
+        return {};
     if (a.isGenerator && a.output && a.source)
-        return performAdditionalCompositingWithBackground(a.output, a.source);
+        return sumWithBackground(a.output, a.source);
 
     if (const Rect e = a.output.extent(); a.fit && canBeFitted(e)) {
         const double width = a.size.width, height = a.size.height;
@@ -359,7 +373,7 @@ PictureRef CIFMain::CIFApplyFilterAttributesForImage(std::string_view name,
                                                                         target.height / e.height))
                                    .followedBy(AffineTransform::translation(target.x, target.y)));
     }
-    return pictureOf(a.output, a.size, _sourceFormat);
+    return {a.output, a.size.width, a.size.height, _sourceFormat};
 }
 
 PictureRef CIFMain::CIFGenerateLayerAttributesForImage(std::string_view name,

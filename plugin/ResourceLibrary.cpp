@@ -12,6 +12,7 @@
 #include <cwchar>
 #include <cwctype>
 #include <map>
+#include <mutex>
 #include <string_view>
 #include <strings.h>
 #include <system_error>
@@ -24,10 +25,15 @@ namespace {
 
 constexpr const char* kContentLibrary = "com.corvanix.CoreImageFilter";
 
-std::map<std::string, PictureRef, std::less<>>& namedImages()
+// Plug-in objects of several threads read pictures.
+struct NamedImages {
+    std::mutex lock;
+    std::map<std::string, PictureRef, std::less<>> images;
+};
+NamedImages& namedImages()
 {
-    static std::map<std::string, PictureRef, std::less<>> images;
-    return images;
+    static NamedImages all;
+    return all;
 }
 
 bool isFolder(const fs::path& path)
@@ -170,13 +176,17 @@ namespace plugin {
 
 PictureRef namedImage(std::string_view name)
 {
-    const auto found = namedImages().find(name);
-    return found == namedImages().end() ? nullptr : found->second;
+    NamedImages& all = namedImages();
+    const std::lock_guard lock(all.lock);
+    const auto found = all.images.find(name);
+    return found == all.images.end() ? nullptr : found->second;
 }
 
 void setNamedImage(std::string_view name, PictureRef picture)
 {
-    namedImages().insert_or_assign(std::string(name), std::move(picture));
+    NamedImages& all = namedImages();
+    const std::lock_guard lock(all.lock);
+    all.images.insert_or_assign(std::string(name), std::move(picture));
 }
 
 std::vector<std::string> sortedShadingMaterialNames(std::vector<std::string> names)
