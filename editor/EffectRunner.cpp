@@ -1,59 +1,796 @@
+// The window's thread posts effects and hands out what arrives; the effect thread does the rest.
 #include "editor/EffectRunner.h"
 
+#include "editor/PreviewAttributes.h"
 #include "platform/drawing/Picture.h"
+#include "platform/drawing/Scaling.h"
+#include "platform/foundation/Log.h"
+#include "platform/imaging/Renderer.h"
 #include "plugin/CIFMain.h"
 
+#include <QCoreApplication>
+#include <QPointer>
+#include <QTimer>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <condition_variable>
 #include <cstdlib>
+#include <deque>
+#include <exception>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <mutex>
 #include <optional>
+#include <stop_token>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
 
 namespace editor {
 
-struct EffectRunner::Worker {
-    CIFMain plugIn;
-    std::optional<Effect> last;
-    Counters counters;
-};
+using drawing::Picture;
+using foundation::Dictionary;
+using foundation::PictureRef;
+using foundation::Rect;
+using foundation::Size;
+using imaging::BitmapRef;
+using imaging::PixelFormat;
+using imaging::PixelRect;
+using plugin::FilterOutput;
 
-EffectRunner::EffectRunner(QObject* parent) : QObject(parent), _worker(std::make_shared<Worker>())
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+// A whole result is begun when nothing newer has come for so long: while values follow each other
+// closely, the hand is taken to be moving still.
+constexpr auto kRest = 4ms, kRestOfMovingHand = 30ms, kMovingHand = 100ms;
+// So long may something for an older effect go on when it will be shown.
+constexpr auto kPatience = 250ms;
+// Whole results that take no longer need no part before them.
+constexpr auto kQuick = 12ms;
+// Pixels around the part in sight that are made with it, so that small movements find them there.
+constexpr int kMargin = 32;
+// From this density on, a part has the picture's own pixels: a smaller copy would save little.
+constexpr double kOwnPixelsFrom = 0.75;
+
+bool isGenerator(const Effect& effect)
 {
+    return effect.identifier.starts_with("GLIF_");
 }
 
-EffectRunner::~EffectRunner() = default;
+Rect whole(const Picture& picture)
+{
+    return {0, 0, picture.size().width, picture.size().height};
+}
+
+Rect common(const Rect& a, const Rect& b)
+{
+    const double left = std::max(a.x, b.x), bottom = std::max(a.y, b.y);
+    const double right = std::min(a.right(), b.right()), top = std::min(a.top(), b.top());
+    return right > left && top > bottom ? Rect::fromEdges(left, bottom, right, top) : Rect();
+}
+
+bool contains(const Rect& a, const Rect& b)
+{
+    return a.x <= b.x && a.y <= b.y && a.right() >= b.right() && a.top() >= b.top();
+}
+
+// Of a part with the result's own pixels.
+constexpr double kAnyDensity = std::numeric_limits<double>::infinity();
+
+// Pixels of a picture and the points they cover.
+struct Part {
+    BitmapRef pixels;
+    Rect rect;
+    double density = 0;
+
+    explicit operator bool() const { return pixels != nullptr; }
+};
+
+// Whole pixels around the rectangle of points, with the margin, inside width × height pixels.
+PixelRect pixelsAround(const Rect& points, CopyScale scale, int width, int height)
+{
+    const auto low = [](double v) { return static_cast<int>(std::floor(v)) - kMargin; };
+    const auto high = [](double v) { return static_cast<int>(std::ceil(v)) + kMargin; };
+    const int left = std::max(0, low(points.x * scale.x));
+    const int bottom = std::max(0, low(points.y * scale.y));
+    const int right = std::min(width, high(points.right() * scale.x));
+    const int top = std::min(height, high(points.top() * scale.y));
+    return {left, bottom, right - left, top - bottom};
+}
+
+Rect pointsOf(const PixelRect& pixels, CopyScale scale)
+{
+    return {pixels.x / scale.x, pixels.y / scale.y, pixels.width / scale.x,
+            pixels.height / scale.y};
+}
+
+// What the effect thread applies effects with. Its two plug-in objects keep their sources between
+// calls, one of them the picture, the other the copy of it that is as small as it is shown.
+class Studio {
+public:
+    FilterOutput output(const Effect& effect)
+    {
+        return _whole.outputOfFilter(effect.identifier, effect.attributes, effect.picture);
+    }
+
+    PictureRef generated(const Effect& effect)
+    {
+        std::srand(effect.seed);
+        return _whole.CIFGenerateLayerAttributesForImage(effect.identifier, effect.attributes,
+                                                         effect.picture);
+    }
+
+    // Nothing when what is in sight cannot be shown before the whole.
+    Part part(const Effect& effect, const FilterOutput& output, const Sight& sight,
+              const std::stop_token& stop)
+    {
+        return sight.density < kOwnPixelsFrom ? partOfCopy(effect, sight, stop)
+                                              : partOf(output, sight, {}, kAnyDensity, stop);
+    }
+
+    // Of a recorded drawing.
+    static Part partOfDrawing(const Picture& picture, const Sight& sight, const std::stop_token&)
+    {
+        const double density = std::min(sight.density, 1.0);
+        const auto side = [&](double points) {
+            return std::max(1, static_cast<int>(std::lround(points * density)));
+        };
+        auto pixels = drawing::rasterize(*picture.recording(), side(picture.size().width),
+                                         side(picture.size().height));
+        return pixels
+                   ? Part{*std::move(pixels), whole(picture), density < 1 ? density : kAnyDensity}
+                   : Part();
+    }
+
+private:
+    static Part partOf(const FilterOutput& output, const Sight& sight, CopyScale scale,
+                       double density, const std::stop_token& stop)
+    {
+        if (!output)
+            return {};
+        const PixelRect rect = pixelsAround(sight.visible, scale, output.width, output.height);
+        return {imaging::render(output.image, rect, PixelFormat::Rgba8, {stop}),
+                pointsOf(rect, scale), density};
+    }
+
+    Part partOfCopy(const Effect& effect, const Sight& sight, const std::stop_token& stop)
+    {
+        const Size size = effect.picture->size();
+        const auto side = [&](double points) {
+            return std::max(1, static_cast<int>(std::lround(points * sight.density)));
+        };
+        const int width = side(size.width), height = side(size.height);
+        if (!copy(effect.picture, width, height))
+            return {};
+        const CopyScale scale{width / size.width, height / size.height};
+        if (_described != effect.identifier) {
+            _described = effect.identifier;
+            _description = _small.CIFQueryAttributesForFilter(effect.identifier);
+        }
+        const Dictionary attributes = withScaledPictures(
+            previewAttributes(effect.identifier, effect.attributes, _description, scale), scale);
+        const FilterOutput output = _small.outputOfFilter(effect.identifier, attributes, _copy);
+        // A filter that takes no picture may answer another size.
+        if (output.width != width || output.height != height)
+            return {};
+        return partOf(output, sight, scale, sight.density, stop);
+    }
+
+    bool copy(const PictureRef& picture, int width, int height)
+    {
+        if (_copyOf == picture && _copy && _copy->pixelsWide() == width &&
+            _copy->pixelsHigh() == height)
+            return true;
+        _copyOf = _copy = nullptr;
+        if (const BitmapRef pixels = picture->bitmap())
+            _copy = Picture::fromBitmap(drawing::scaledBitmap(*pixels, width, height));
+        _copyOf = picture;
+        return _copy != nullptr;
+    }
+
+    Dictionary withScaledPictures(Dictionary attributes, CopyScale scale)
+    {
+        const Dictionary given = attributes;
+        for (const auto& [key, value] : given)
+            if (const PictureRef picture = value.picture(); picture && isScaledPicture(key))
+                attributes.set(key, scaledTexture(picture, scale));
+        return attributes;
+    }
+
+    PictureRef scaledTexture(const PictureRef& texture, CopyScale scale)
+    {
+        if (_textureOf == texture && _textureScale == scale)
+            return _texture;
+        const BitmapRef pixels = texture->bitmap();
+        const auto side = [](int pixels, double by) {
+            return std::max(1, static_cast<int>(std::lround(pixels * by)));
+        };
+        _textureOf = texture;
+        _textureScale = scale;
+        _texture =
+            pixels ? Picture::fromBitmap(drawing::scaledBitmap(
+                         *pixels, side(pixels->width(), scale.x), side(pixels->height(), scale.y)))
+                   : nullptr;
+        return _texture;
+    }
+
+    CIFMain _whole, _small;
+    PictureRef _copyOf, _copy;
+    PictureRef _textureOf, _texture;
+    CopyScale _textureScale;
+    std::string _described; // whose description is kept
+    foundation::DictionaryRef _description;
+};
+
+// What the effect thread has for the window's.
+struct Delivery {
+    enum class Kind { Part, Result, Progress, LogLine };
+
+    Kind kind;
+    std::uint64_t job = 0;
+    Effect effect = {};
+    Part part = {};
+    PictureRef picture = {};
+    double progress = 0;
+    std::string line = {};
+};
+
+} // namespace
+
+struct EffectRunner::Worker {
+    using Number = std::uint64_t;
+
+    struct Job {
+        Number number = 0;
+        Effect effect;
+        bool handMoves = false; // the one before came a moment ago
+    };
+    // What the effect thread is at: nothing that a newer effect would disturb; something that is
+    // shown for an older effect too; something that only the newest effect needs.
+    enum class Phase { Waiting, ForShow, ForNewest };
+
+    explicit Worker(EffectRunner& owner) : runner(owner) {}
+
+    // --- The window's thread ---
+
+    EffectRunner& runner;
+    std::optional<Effect> wanted; // its result has not been delivered
+    std::optional<Effect> done;   // the one whose result was delivered last
+    PictureRef result;
+    bool isShown = true; // nothing of another effect was shown since
+    bool toldBusy = false;
+    Counters counters;
+    Clock::time_point lastRun;
+
+    void run(const Effect& effect);
+    void setSight(const Sight& newSight);
+    void giveUp();
+    void end();
+    void tellBusy();
+    void deliver();
+    void deliver(const Delivery& delivery);
+    void stopOlder();
+
+    // --- Both, under the lock ---
+
+    std::mutex lock;
+    std::condition_variable_any posted; // for the effect thread
+    std::condition_variable arrived;    // for a window that waits
+    Number lastNumber = 0;
+    Number firstValid = 0; // jobs below it were stopped
+    std::optional<Job> next;
+    std::vector<Effect> passed; // never begun; of the same entry and picture as the next
+    Sight sight;
+    std::optional<Job> current;
+    bool showsParts = false; // of the current job
+    Part shown;              // its last part, without the pixels
+    Phase phase = Phase::Waiting;
+    Clock::time_point phaseBegan;
+    std::stop_source phaseStop;
+    std::deque<Delivery> deliveries;
+    bool isPosted = false;
+
+    bool isStopped(const Job& job) const { return job.number < firstValid; }
+    bool isOlder(const Job& job) const { return next || job.number < firstValid; }
+    bool needsPart() const;
+    bool stopIfOlder();
+
+    // --- The effect thread ---
+
+    Studio studio;
+    // How long the last whole result took.
+    std::string pacedIdentifier;
+    std::weak_ptr<const Picture> pacedPicture;
+    Clock::duration pace{};
+
+    void live(const std::stop_token& end);
+    void work(const Job& job);
+    void workOnFilter(const Job& job);
+    void workOnGenerator(const Job& job);
+    void showParts(const Job& job, const std::function<Part(const Sight&, std::stop_token)>& make);
+    bool rests(const Job& job);
+    std::stop_token begin(Phase newPhase);
+    void hand(Delivery delivery);
+    void handResult(const Job& job, const PictureRef& picture);
+
+    std::jthread thread; // last: it uses everything above
+};
+
+// --- The window's thread ---
+
+void EffectRunner::Worker::run(const Effect& effect)
+{
+    if (wanted && *wanted == effect)
+        return;
+    if (done && *done == effect) {
+        // Back to what is there.
+        if (wanted)
+            giveUp();
+        if (!isShown) {
+            isShown = true;
+            Q_EMIT runner.resultDidArrive(effect, result);
+        }
+        return;
+    }
+    wanted = effect;
+    const Clock::time_point now = Clock::now();
+    bool watch = false;
+    {
+        const std::lock_guard guard(lock);
+        const Effect* former = next ? &next->effect : current ? &current->effect : nullptr;
+        const bool continues =
+            former && former->identifier == effect.identifier && former->picture == effect.picture;
+        if (!continues)
+            passed.clear();
+        else if (next)
+            passed.push_back(std::move(next->effect));
+        next = Job{++lastNumber, effect, now - lastRun < kMovingHand};
+        watch = !stopIfOlder();
+    }
+    lastRun = now;
+    posted.notify_one();
+    if (watch && QCoreApplication::instance())
+        QTimer::singleShot(kPatience, &runner, [this] { stopOlder(); });
+    tellBusy();
+}
+
+// Whether nothing is left that an older effect is still patiently given time for.
+bool EffectRunner::Worker::stopIfOlder()
+{
+    if (phase == Phase::Waiting || !current || !isOlder(*current))
+        return true;
+    // A part that follows the same control is worth waiting for; it is short.
+    const bool follows = next && !isGenerator(next->effect) &&
+                         next->effect.identifier == current->effect.identifier &&
+                         next->effect.picture == current->effect.picture;
+    if (phase == Phase::ForShow && !isStopped(*current) &&
+        (follows || Clock::now() - phaseBegan < kPatience))
+        return follows;
+    phaseStop.request_stop();
+    return true;
+}
+
+void EffectRunner::Worker::stopOlder()
+{
+    const std::lock_guard guard(lock);
+    stopIfOlder();
+}
+
+void EffectRunner::Worker::setSight(const Sight& newSight)
+{
+    {
+        const std::lock_guard guard(lock);
+        if (sight.visible == newSight.visible && sight.density == newSight.density)
+            return;
+        sight = newSight;
+        // The whole is begun anew after the part.
+        if (phase == Phase::ForNewest && needsPart())
+            phaseStop.request_stop();
+    }
+    posted.notify_one();
+}
+
+void EffectRunner::Worker::giveUp()
+{
+    wanted.reset();
+    {
+        const std::lock_guard guard(lock);
+        firstValid = lastNumber + 1;
+        next.reset();
+        passed.clear();
+        stopIfOlder();
+        std::erase_if(deliveries,
+                      [](const Delivery& d) { return d.kind != Delivery::Kind::LogLine; });
+    }
+    tellBusy();
+}
+
+// Of the thread.
+void EffectRunner::Worker::end()
+{
+    {
+        const std::lock_guard guard(lock);
+        firstValid = std::numeric_limits<Number>::max();
+        stopIfOlder();
+    }
+    thread.request_stop();
+    if (thread.joinable())
+        thread.join();
+}
+
+void EffectRunner::Worker::tellBusy()
+{
+    const bool busy = wanted.has_value();
+    if (std::exchange(toldBusy, busy) != busy)
+        Q_EMIT runner.busyDidChange(busy);
+}
+
+void EffectRunner::Worker::deliver()
+{
+    // A receiver may destroy the runner.
+    const QPointer<EffectRunner> alive(&runner);
+    while (alive) {
+        std::unique_lock guard(lock);
+        isPosted = false;
+        if (deliveries.empty())
+            return;
+        const Delivery delivery = std::move(deliveries.front());
+        deliveries.pop_front();
+        guard.unlock();
+        deliver(delivery);
+    }
+}
+
+void EffectRunner::Worker::deliver(const Delivery& delivery)
+{
+    switch (delivery.kind) {
+    case Delivery::Kind::LogLine:
+        foundation::log(delivery.line);
+        break;
+    case Delivery::Kind::Progress:
+        Q_EMIT runner.progressDidChange(delivery.progress);
+        break;
+    case Delivery::Kind::Part:
+        ++counters.parts;
+        isShown = false;
+        Q_EMIT runner.partDidArrive(delivery.part.pixels, delivery.part.rect);
+        break;
+    case Delivery::Kind::Result:
+        if (!wanted || *wanted != delivery.effect) {
+            // Newer values came while this was on its way: only something to look at.
+            const PictureRef& picture = delivery.picture;
+            const PictureRef& base = delivery.effect.picture;
+            if (picture && base && picture->size() == base->size()) {
+                ++counters.parts;
+                isShown = false;
+                Q_EMIT runner.partDidArrive(picture->bitmapIfMade(), whole(*picture));
+            }
+            break;
+        }
+        ++counters.results;
+        wanted.reset();
+        {
+            // The same may have been asked for once more, by way of another.
+            const std::lock_guard guard(lock);
+            firstValid = lastNumber + 1;
+            next.reset();
+            stopIfOlder();
+        }
+        done = delivery.effect;
+        result = delivery.picture;
+        isShown = true;
+        const QPointer<EffectRunner> alive(&runner);
+        Q_EMIT runner.resultDidArrive(delivery.effect, delivery.picture);
+        if (alive)
+            tellBusy();
+        break;
+    }
+}
+
+// --- Both ---
+
+// What is in sight of the current job's result has not been handed over.
+bool EffectRunner::Worker::needsPart() const
+{
+    if (!current || !showsParts || isOlder(*current) || !(sight.density > 0))
+        return false;
+    const Rect visible = common(sight.visible, whole(*current->effect.picture));
+    if (visible.isEmpty())
+        return false;
+    constexpr double kRounding = 1e-6;
+    return !(contains(shown.rect, visible) && sight.density <= shown.density * (1 + kRounding));
+}
+
+// --- The effect thread ---
+
+void EffectRunner::Worker::live(const std::stop_token& end)
+{
+    foundation::setLogSinkOfThread([this](std::string_view line) {
+        hand({.kind = Delivery::Kind::LogLine, .line = std::string(line)});
+    });
+    std::unique_lock guard(lock);
+    while (posted.wait(guard, end, [this] { return next.has_value(); })) {
+        current = std::move(next);
+        next.reset();
+        showsParts = false;
+        shown = {};
+        const Job job = *current;
+        guard.unlock();
+        try {
+            work(job);
+        } catch (const std::exception&) {
+            // Memory is short, as good as always.
+            handResult(job, nullptr);
+        }
+        guard.lock();
+        phase = Phase::Waiting;
+        current.reset();
+    }
+    guard.unlock();
+    foundation::setLogSinkOfThread({});
+}
+
+std::stop_token EffectRunner::Worker::begin(Phase newPhase)
+{
+    const std::lock_guard guard(lock);
+    phase = newPhase;
+    phaseBegan = Clock::now();
+    phaseStop = {};
+    if (isStopped(*current) || (phase == Phase::ForNewest && (isOlder(*current) || needsPart())))
+        phaseStop.request_stop();
+    return phaseStop.get_token();
+}
+
+void EffectRunner::Worker::hand(Delivery delivery)
+{
+    {
+        const std::lock_guard guard(lock);
+        if (delivery.kind != Delivery::Kind::LogLine && delivery.job < firstValid)
+            return;
+        deliveries.push_back(std::move(delivery));
+        arrived.notify_all();
+        if (std::exchange(isPosted, true))
+            return;
+    }
+    QMetaObject::invokeMethod(
+        &runner, [this] { deliver(); }, Qt::QueuedConnection);
+}
+
+void EffectRunner::Worker::handResult(const Job& job, const PictureRef& picture)
+{
+    hand({.kind = Delivery::Kind::Result,
+          .job = job.number,
+          .effect = job.effect,
+          .picture = picture});
+}
+
+void EffectRunner::Worker::work(const Job& job)
+{
+    if (isGenerator(job.effect))
+        workOnGenerator(job);
+    else
+        workOnFilter(job);
+}
+
+void EffectRunner::Worker::workOnFilter(const Job& job)
+{
+    const PictureRef& picture = job.effect.picture;
+    std::vector<Effect> before;
+    {
+        const std::lock_guard guard(lock);
+        before = std::move(passed);
+        passed.clear();
+    }
+    begin(Phase::ForShow);
+    // What the plug-in object answers can depend on what it was asked before. Nothing is computed.
+    for (const Effect& effect : before)
+        studio.output(effect);
+    const FilterOutput output = studio.output(job.effect);
+    if (!output) {
+        handResult(job, nullptr);
+        return;
+    }
+    const bool quick = pacedIdentifier == job.effect.identifier && pacedPicture.lock() == picture &&
+                       pace <= kQuick;
+    {
+        const std::lock_guard guard(lock);
+        showsParts = !quick && picture->size() == Size{double(output.width), double(output.height)};
+    }
+    for (;;) {
+        showParts(job, [&](const Sight& part, const std::stop_token& stop) {
+            return studio.part(job.effect, output, part, stop);
+        });
+        if (!quick && !rests(job))
+            return;
+        const Clock::time_point began = Clock::now();
+        const std::stop_token stop = begin(quick ? Phase::ForShow : Phase::ForNewest);
+        const BitmapRef pixels = imaging::render(output.image, {0, 0, output.width, output.height},
+                                                 output.format, {stop});
+        if (pixels || !stop.stop_requested()) {
+            pacedIdentifier = job.effect.identifier;
+            pacedPicture = picture;
+            pace = Clock::now() - began;
+            handResult(job, Picture::fromBitmap(pixels));
+            return;
+        }
+        const std::lock_guard guard(lock);
+        if (isOlder(job))
+            return;
+    }
+}
+
+void EffectRunner::Worker::workOnGenerator(const Job& job)
+{
+    begin(Phase::ForShow);
+    const PictureRef picture = studio.generated(job.effect);
+    if (!picture || !picture->isVector()) {
+        if (picture)
+            static_cast<void>(picture->bitmap());
+        handResult(job, picture);
+        return;
+    }
+    {
+        const std::lock_guard guard(lock);
+        showsParts = job.effect.picture && picture->size() == job.effect.picture->size();
+    }
+    for (;;) {
+        showParts(job, [&](const Sight& part, const std::stop_token& stop) {
+            return Studio::partOfDrawing(*picture, part, stop);
+        });
+        if (!rests(job))
+            return;
+        const std::stop_token stop = begin(Phase::ForNewest);
+        if (!stop.stop_requested() && picture->bitmap()) {
+            handResult(job, picture);
+            return;
+        }
+        const std::lock_guard guard(lock);
+        if (isOlder(job))
+            return;
+        if (!stop.stop_requested()) {
+            handResult(job, nullptr);
+            return;
+        }
+    }
+}
+
+// The part in sight, and once more when something else comes into sight meanwhile.
+void EffectRunner::Worker::showParts(const Job& job,
+                                     const std::function<Part(const Sight&, std::stop_token)>& make)
+{
+    for (;;) {
+        Sight part;
+        {
+            const std::lock_guard guard(lock);
+            if (!needsPart())
+                return;
+            part = {common(sight.visible, whole(*job.effect.picture)), sight.density};
+        }
+        Part made = make(part, begin(Phase::ForShow));
+        {
+            const std::lock_guard guard(lock);
+            // Without pixels too: it is not tried again.
+            shown = {nullptr, made ? made.rect : part.visible, part.density};
+        }
+        if (made)
+            hand({.kind = Delivery::Kind::Part, .job = job.number, .part = std::move(made)});
+    }
+}
+
+// False when something newer came.
+bool EffectRunner::Worker::rests(const Job& job)
+{
+    std::unique_lock guard(lock);
+    phase = Phase::Waiting;
+    posted.wait_for(guard, job.handMoves ? kRestOfMovingHand : kRest,
+                    [&] { return isOlder(job) || needsPart(); });
+    return !isOlder(job);
+}
+
+// --- The runner ---
+
+// Ends the threads of runners that are still there when the process exits: what they use goes then.
+class EffectRunner::LiveWorkers {
+public:
+    // To be called first when what the threads use is there already: it goes before that.
+    static LiveWorkers& shared()
+    {
+        static LiveWorkers all;
+        return all;
+    }
+    void add(const std::shared_ptr<Worker>& worker)
+    {
+        const std::lock_guard guard(_lock);
+        std::erase_if(_workers, [](const auto& w) { return w.expired(); });
+        _workers.push_back(worker);
+    }
+
+    ~LiveWorkers()
+    {
+        for (const auto& worker : _workers)
+            if (const auto live = worker.lock())
+                live->end();
+    }
+
+private:
+    std::mutex _lock;
+    std::vector<std::weak_ptr<Worker>> _workers;
+};
+
+EffectRunner::EffectRunner(QObject* parent)
+    : QObject(parent), _worker(std::make_shared<Worker>(*this))
+{
+    LiveWorkers::shared().add(_worker);
+    _worker->thread =
+        std::jthread([worker = _worker.get()](const std::stop_token& end) { worker->live(end); });
+}
+
+EffectRunner::~EffectRunner()
+{
+    _worker->wanted.reset();
+    _worker->toldBusy = false;
+    _worker->giveUp();
+    _worker->end();
+    for (const Delivery& delivery : _worker->deliveries)
+        if (delivery.kind == Delivery::Kind::LogLine)
+            foundation::log(delivery.line);
+}
 
 void EffectRunner::run(const Effect& effect)
 {
-    if (_worker->last == effect)
-        return;
-    foundation::PictureRef result;
-    if (effect.identifier.starts_with("GLIF_")) {
-        std::srand(effect.seed);
-        result = _worker->plugIn.CIFGenerateLayerAttributesForImage(
-            effect.identifier, effect.attributes, effect.picture);
-    } else {
-        result = _worker->plugIn.CIFApplyFilterAttributesForImage(
-            effect.identifier, effect.attributes, effect.picture);
-    }
-    _worker->last = effect;
-    ++_worker->counters.results;
-    Q_EMIT resultDidArrive(effect, result);
+    _worker->run(effect);
 }
 
-void EffectRunner::setSight(const Sight&) {}
-void EffectRunner::stop() {}
+void EffectRunner::setSight(const Sight& sight)
+{
+    _worker->setSight(sight);
+}
+
+void EffectRunner::stop()
+{
+    _worker->giveUp();
+}
 
 void EffectRunner::reset()
 {
-    _worker->last.reset();
+    _worker->done.reset();
+    _worker->result = nullptr;
+    _worker->giveUp();
 }
 
 bool EffectRunner::isBusy() const
 {
-    return false;
+    return _worker->wanted.has_value();
 }
 
-bool EffectRunner::waitForResult(int)
+bool EffectRunner::waitForResult(int milliseconds)
 {
-    return true;
+    Worker& worker = *_worker;
+    worker.stopOlder();
+    const Clock::time_point end =
+        Clock::now() + std::chrono::milliseconds(std::max(milliseconds, 0));
+    const QPointer<EffectRunner> alive(this);
+    const auto something = [&] { return !worker.deliveries.empty(); };
+    for (;;) {
+        worker.deliver();
+        if (!alive || !isBusy())
+            return true;
+        if (!worker.thread.joinable())
+            return false;
+        std::unique_lock guard(worker.lock);
+        if (milliseconds < 0)
+            worker.arrived.wait(guard, something);
+        else if (!worker.arrived.wait_until(guard, end, something))
+            return false;
+    }
 }
 
 EffectRunner::Counters EffectRunner::counters() const

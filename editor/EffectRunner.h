@@ -74,6 +74,7 @@ Q_SIGNALS:
 
 private:
     struct Worker;
+    class LiveWorkers;
     std::shared_ptr<Worker> _worker;
 };
 
