@@ -138,14 +138,14 @@ std::string commandLine(const EditRecord& record, const std::string& input,
                         const std::string& output)
 {
     CIFMain main;
+    const std::string piped = "-";
     const Target between{" -o - --format png", {}};
     Target last{std::string(" -o ").append(fileWord(output)), {}};
     if (record.crop)
         last.crop = cropOption(*record.crop);
 
     Steps steps = record.steps;
-    std::string line;
-    std::string source = input;
+    std::vector<std::string> commands;
     const auto generator = std::find_if(steps.rbegin(), steps.rend(), isGenerator);
     if (generator != steps.rend()) {
         steps = steps.subspan(static_cast<std::size_t>(steps.rend() - generator) - 1);
@@ -154,27 +154,29 @@ std::string commandLine(const EditRecord& record, const std::string& input,
             recipe.push_back(withoutStartingValues(main, *steps.front().applied));
             steps = steps.subspan(1);
         } while (!steps.empty() && steps.front().applied && !steps.front().resized);
-        line = generateCommand(recipe, record.size, steps.empty() ? last : between);
-        source = "-";
+        commands.push_back(generateCommand(recipe, record.size, steps.empty() ? last : between));
     }
     for (; !steps.empty(); steps = steps.subspan(1)) {
         const EditRecord::Step& step = steps.front();
         std::optional<RecipeStep> applied;
         if (step.applied)
             applied = withoutStartingValues(main, *step.applied);
-        if (!line.empty())
-            line += " | ";
-        line += applyCommand(step, applied ? &*applied : nullptr, source,
-                             steps.size() == 1 ? last : between);
-        source = "-";
+        commands.push_back(applyCommand(step, applied ? &*applied : nullptr,
+                                        commands.empty() ? input : piped,
+                                        steps.size() == 1 ? last : between));
     }
-    if (!line.empty())
-        return line;
-    // Nothing was done to the picture; as a crop, it is all that lies in the largest there can be.
-    constexpr double kMost = imaging::Bitmap::kMaximumSide;
-    if (!record.crop)
-        last.crop = cropOption({0, 0, kMost, kMost});
-    return applyCommand({}, nullptr, input, last);
+    if (commands.empty()) {
+        // Nothing was done to the picture; as a crop, it is all that lies in the largest there can
+        // be.
+        constexpr double kMost = imaging::Bitmap::kMaximumSide;
+        if (!record.crop)
+            last.crop = cropOption({0, 0, kMost, kMost});
+        commands.push_back(applyCommand({}, nullptr, input, last));
+    }
+    std::string line = commands.front();
+    for (const std::string& command : std::span(commands).subspan(1))
+        line.append(" | ").append(command);
+    return line;
 }
 
 } // namespace plugin
