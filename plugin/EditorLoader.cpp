@@ -19,9 +19,12 @@ namespace plugin {
 
 namespace {
 
+constexpr const char* kModule = "CoreImageFilterEditor.so";
+
 struct Loaded {
     fs::path chosen; // by setEditorModule
-    ImageEditor* editor = nullptr;
+    SharedImageEditorFunction function = nullptr;
+    std::string failure;
 };
 
 Loaded& loaded()
@@ -36,7 +39,7 @@ fs::path moduleBesideLibrary()
     const fs::path folder = foundation::libraryFolder();
     std::error_code error;
     for (const fs::path& place : {folder, folder / "../.."})
-        if (fs::path file = place / "CoreImageFilterEditor.so"; fs::exists(file, error))
+        if (fs::path file = place / kModule; fs::exists(file, error))
             return file;
     return {};
 }
@@ -45,22 +48,36 @@ fs::path moduleBesideLibrary()
 
 ImageEditor* sharedImageEditor()
 {
-    if (loaded().editor)
-        return loaded().editor;
-    const fs::path file = loaded().chosen.empty() ? moduleBesideLibrary() : loaded().chosen;
-    if (file.empty())
-        return nullptr;
-    // Never closed: the editor belongs to the process.
-    void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-    void* symbol = module ? dlsym(module, kSharedImageEditorSymbol) : nullptr;
-    if (symbol)
-        loaded().editor = reinterpret_cast<SharedImageEditorFunction>(symbol)(kImageEditorVersion);
-    return loaded().editor;
+    Loaded& state = loaded();
+    if (!state.function) {
+        const fs::path file = state.chosen.empty() ? moduleBesideLibrary() : state.chosen;
+        if (file.empty()) {
+            state.failure = std::string("there is no ") + kModule + " beside the library";
+            return nullptr;
+        }
+        // Never closed: the editor belongs to the process.
+        void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+        void* symbol = module ? dlsym(module, kSharedImageEditorSymbol) : nullptr;
+        if (!symbol) {
+            const char* why = dlerror();
+            state.failure = why ? why : file.string() + " is not the editor";
+            return nullptr;
+        }
+        state.function = reinterpret_cast<SharedImageEditorFunction>(symbol);
+    }
+    ImageEditor* editor = state.function(kImageEditorVersion);
+    state.failure = editor ? "" : "there is no display where its window could be shown";
+    return editor;
+}
+
+std::string editorFailure()
+{
+    return loaded().failure;
 }
 
 void setEditorModule(fs::path file)
 {
-    loaded() = {std::move(file), nullptr};
+    loaded() = {std::move(file), nullptr, {}};
 }
 
 } // namespace plugin

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace plugin {
@@ -16,8 +17,8 @@ namespace plugin {
 // What was done in a run of the editor: enough to do it again without a window.
 struct EditRecord {
     struct Step {
-        // The picture was first brought to this size in pixels: stretched or, as a thumbnail, fitted
-        // on white.
+        // The picture was first brought to this size in pixels: stretched or, as a thumbnail,
+        // fitted on white.
         std::optional<foundation::Size> resized;
         bool asThumbnail = false;
         // Then an entry was applied. A generator draws a new picture of the size there is.
@@ -48,14 +49,18 @@ protected:
 };
 
 // What the module exports: the one editor of the process, which it owns. Null when there can be
-// none (no display) or when it was built for another version of this interface.
+// none now (no display, an application of the host's that has no widgets or lives on another
+// thread, a window that is up already) or when it was built for another version of this interface.
 inline constexpr const char* kSharedImageEditorSymbol = "CIFSharedImageEditor";
 inline constexpr std::uint32_t kImageEditorVersion = 2;
 using SharedImageEditorFunction = ImageEditor* (*)(std::uint32_t version);
 
-// + sharedImageEditor — null when there is no editor. A missing module is looked for again next
-// time.
+// + sharedImageEditor — null when there is no editor. It is asked for anew each time: a module may
+// have been installed, a display may answer.
 ImageEditor* sharedImageEditor();
+
+// Why the last call of that answered null, fit to be printed; empty when it did not.
+std::string editorFailure();
 
 // Opens this module instead of CoreImageFilterEditor.so beside the library; empty for that one
 // again.
