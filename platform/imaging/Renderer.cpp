@@ -1,6 +1,7 @@
 // From strips of premultiplied floats to the rows of a bitmap.
 #include "platform/imaging/Renderer.h"
 
+#include "platform/foundation/Work.h"
 #include "platform/imaging/Node.h"
 #include "platform/imaging/Pixel.h"
 
@@ -61,25 +62,19 @@ void writeFloats(const Strip& strip, int count, std::byte* out)
     }
 }
 
-} // namespace
-
-std::shared_ptr<Bitmap> render(const Image& image, const PixelRect& rect, PixelFormat format,
-                               const RenderOptions& options)
+// Null when memory is short; throws Stopped when the work is to stop.
+std::shared_ptr<Bitmap> renderRegion(const Image& image, const IRect& region, PixelFormat format,
+                                     RenderContext& context)
 {
-    std::shared_ptr<Bitmap> bitmap = Bitmap::make(rect.width, rect.height, format);
-    const std::int64_t right = std::int64_t{rect.x} + rect.width;
-    const std::int64_t top = std::int64_t{rect.y} + rect.height;
-    if (!bitmap || rect.x < -IRect::kEdge || rect.y < -IRect::kEdge || right > IRect::kEdge ||
-        top > IRect::kEdge)
-        return nullptr;
-    const IRect region{rect.x, rect.y, static_cast<int>(right), static_cast<int>(top)};
-    RenderContext context(options.stop, options.threaded);
-    const EvaluatorRef rows = context.evaluator(image, region);
-    if (!rows || context.stopped())
+    std::shared_ptr<Bitmap> bitmap = Bitmap::make(region.width(), region.height(), format);
+    const EvaluatorRef rows = bitmap ? context.evaluator(image, region) : nullptr;
+    foundation::checkpoint();
+    if (!rows)
         return nullptr;
     const auto write = format == PixelFormat::Rgba8    ? writeBytes
                        : format == PixelFormat::Rgba16 ? writeWords
                                                        : writeFloats;
+    foundation::ProgressSteps steps(region.height());
     forEachSpan(region, context, [&](const Span& span) {
         StripBuffer buffer;
         const Strip strip = buffer.strip();
@@ -87,8 +82,38 @@ std::shared_ptr<Bitmap> render(const Image& image, const PixelRect& rect, PixelF
         write(strip, span.count,
               bitmap->row(region.top - 1 - span.y) +
                   std::ptrdiff_t{span.x - region.left} * bytesPerPixel(format));
+        if (span.x + span.count == region.right)
+            steps.add(1);
     });
-    return context.stopped() ? nullptr : bitmap;
+    foundation::checkpoint();
+    return bitmap;
+}
+
+} // namespace
+
+std::shared_ptr<Bitmap> render(const Image& image, const PixelRect& rect, PixelFormat format,
+                               const RenderOptions& options)
+{
+    const std::int64_t right = std::int64_t{rect.x} + rect.width;
+    const std::int64_t top = std::int64_t{rect.y} + rect.height;
+    if (rect.width < 1 || rect.height < 1 || rect.x < -IRect::kEdge || rect.y < -IRect::kEdge ||
+        right > IRect::kEdge || top > IRect::kEdge)
+        return nullptr;
+    const IRect region{rect.x, rect.y, static_cast<int>(right), static_cast<int>(top)};
+    if (!options.stop.stop_possible()) {
+        // Tiles ask this token, which costs them less than looking for the scope.
+        RenderContext context(foundation::stopToken(), options.threaded);
+        return renderRegion(image, region, format, context);
+    }
+    try {
+        const foundation::WorkScope scope(options.stop);
+        RenderContext context(options.stop, options.threaded);
+        return renderRegion(image, region, format, context);
+    } catch (const foundation::Stopped&) {
+        // Not ours, if there is a scope around this that was stopped.
+        foundation::checkpoint();
+        return nullptr;
+    }
 }
 
 } // namespace imaging

@@ -22,7 +22,8 @@ struct RenderOptions {
 // The pixels of the rectangle, transparent where the image does not reach, its top row first. The
 // byte and 16-bit formats are unpremultiplied, limited to 0…1 and rounded to nearest; a
 // not-a-number becomes 0. Null when the rectangle is empty or too large, memory is short, or a stop
-// was requested.
+// was requested by the token of the options. Inside a WorkScope it reports its progress, and throws
+// foundation::Stopped when the scope's work is to stop.
 std::shared_ptr<Bitmap> render(const Image& image, const PixelRect& rect, PixelFormat format,
                                const RenderOptions& options = {});
 
