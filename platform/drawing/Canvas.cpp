@@ -1,6 +1,8 @@
 // Records what is drawn.
 #include "platform/drawing/Canvas.h"
 
+#include "platform/foundation/Work.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -31,6 +33,7 @@ void Canvas::concat(const AffineTransform& t)
 
 void Canvas::fill(const Path& path)
 {
+    foundation::checkpoint();
     if (path.isEmpty())
         return;
     Recording::Fill op{_state.color, path.rule, path, Operation::SourceOver};
@@ -40,12 +43,14 @@ void Canvas::fill(const Path& path)
 
 void Canvas::stroke(const Path& path)
 {
+    foundation::checkpoint();
     if (!path.isEmpty())
         _recording->ops.push_back(Recording::Stroke{_state.strokeColor, path, _state.matrix});
 }
 
 void Canvas::fillRect(const Rect& rect, Operation operation)
 {
+    foundation::checkpoint();
     Recording::Fill op{_state.color, FillRule::NonZero, {}, operation};
     op.path.appendRect(rect);
     op.path.transform(_state.matrix);
@@ -63,6 +68,7 @@ void Canvas::strokeRect(const Rect& rect, double lineWidth)
 void Canvas::drawBitmap(imaging::BitmapRef bitmap, const Rect& rect, Operation operation,
                         double fraction)
 {
+    foundation::checkpoint();
     if (!bitmap || rect.width == 0 || rect.height == 0)
         return;
     Recording::Image op;
@@ -76,6 +82,7 @@ void Canvas::drawBitmap(imaging::BitmapRef bitmap, const Rect& rect, Operation o
 
 void Canvas::drawMask(imaging::BitmapRef mask, const Rect& rect)
 {
+    foundation::checkpoint();
     if (!mask || rect.width == 0 || rect.height == 0)
         return;
     Recording::Image op;

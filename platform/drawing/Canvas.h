@@ -8,6 +8,7 @@
 #include "platform/imaging/Bitmap.h"
 
 #include <memory>
+#include <stop_token>
 #include <string>
 #include <variant>
 #include <vector>
@@ -66,6 +67,7 @@ struct Recording {
 };
 using RecordingRef = std::shared_ptr<const Recording>;
 
+// Inside a WorkScope drawing can be stopped: every operation is a checkpoint.
 class Canvas {
 public:
     explicit Canvas(Size size);
@@ -119,9 +121,21 @@ constexpr int kMaximumRasterSide = 32'767;
 // line width of 0 draws a one-pixel line whatever the scale. Points that are not finite are left
 // out of their path, strokes and images under a transform that is not finite or flattens everything
 // are skipped, and coordinates of any size are good. An error when a side is not in
-// 1…kMaximumRasterSide, the drawing library is missing or memory is short.
+// 1…kMaximumRasterSide, the drawing library is missing or memory is short. Inside a WorkScope it
+// reports its progress and can be stopped before each operation.
 foundation::Result<std::shared_ptr<imaging::Bitmap>> rasterize(const Recording& recording,
                                                                int width, int height);
+
+// A part of the drawing (in points, y up; what lies outside the drawing is part of the plane too),
+// scaled to fill the pixels: for looking at. On all cores, without the operations that miss the
+// part; where a shape is cut, a few pixels may differ from the whole's by a few levels.
+struct RasterOptions {
+    std::stop_token stop; // ends early, with an error, when a stop is requested
+    bool threaded = true; // false: everything on the calling thread
+};
+foundation::Result<std::shared_ptr<imaging::Bitmap>> rasterizePart(
+    const Recording& recording, const Rect& part, int width, int height,
+    const RasterOptions& options = {});
 
 // Replays a drawing into a vector file in memory, its page as large as the drawing; one pixel of an
 // SVG is one point, and a line width of 0 draws a line of one point. What a format cannot express

@@ -187,6 +187,18 @@ BitmapRef Picture::bitmapOfSize(int width, int height) const
     return scaledBitmap(*whole, width, height);
 }
 
+BitmapRef Picture::part(const Rect& rect, int width, int height, const RasterOptions& options) const
+{
+    if (!_vector || !_recording)
+        return nullptr;
+    auto drawn = rasterizePart(*_recording, rect, width, height, options);
+    if (drawn)
+        return *std::move(drawn);
+    if (!options.stop.stop_requested())
+        foundation::log(drawn.error());
+    return nullptr;
+}
+
 RecordingRef Picture::recording() const
 {
     return _recording;

@@ -34,6 +34,7 @@ public:
     virtual ~DeferredSource() = default;
     virtual int pixelsWide() const = 0;
     virtual int pixelsHigh() const = 0;
+    // Null when that fails; throws foundation::Stopped when the thread's work is to stop.
     virtual imaging::BitmapRef render() const = 0;
 };
 
@@ -47,7 +48,8 @@ struct PictureMetadata {
 };
 
 // Immutable. Compared by identity where caches are concerned. Pixels of deferred and vector
-// pictures are made once for each size asked last and kept.
+// pictures are made once for each size asked last and kept. Inside a WorkScope the making of pixels
+// reports its progress and, when it is to stop, throws foundation::Stopped and keeps nothing.
 class Picture {
 public:
     // Each answers null when handed null.
@@ -81,6 +83,12 @@ public:
     // The whole picture drawn into width × height pixels: vectors afresh, bitmaps scaled (linear,
     // averaged when made smaller), the same object when the size is already right. Null on failure.
     imaging::BitmapRef bitmapOfSize(int width, int height) const;
+
+    // A part (in points, y up) of a picture whose pixels come from a recorded drawing, drawn into
+    // width × height pixels for looking at: see rasterizePart(). Nothing is kept. Null for other
+    // pictures, and on failure, which is logged.
+    imaging::BitmapRef part(const Rect& rect, int width, int height,
+                            const RasterOptions& options = {}) const;
 
     // The recorded drawing, if any representation has one.
     RecordingRef recording() const;

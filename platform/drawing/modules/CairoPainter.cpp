@@ -8,19 +8,14 @@ namespace drawing {
 
 namespace {
 
-bool rasterizeRecording(const Recording& recording, imaging::Bitmap& target, std::string& error)
+bool rasterizeRecording(const Recording& recording, const TilePainting& painting,
+                        imaging::Bitmap& target, std::string& error)
 {
-    const Size size = recording.size;
-    if (!(size.width > 0 && size.height > 0)) {
-        error = "a drawing without a size cannot be made into pixels";
-        return false;
-    }
-    const CairoSurface surface = surfaceOver(target);
+    const CairoSurface surface = surfaceOver(target, painting.tile);
     const CairoContext context(cairo_create(surface.get()));
-    const Size device{double(target.width()), double(target.height())};
-    if (!replay(recording, context.get(), device, ReplayTarget::Pixels, error))
+    if (!replayInto(painting, recording, context.get(), error))
         return false;
-    finishPixels(surface.get(), target);
+    finishPixels(surface.get(), target, painting.tile);
     return true;
 }
 

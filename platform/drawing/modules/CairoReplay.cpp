@@ -18,6 +18,8 @@ namespace {
 using imaging::Bitmap;
 using imaging::PixelFormat;
 
+enum class ReplayTarget { Pixels, VectorFile };
+
 double unit(double v)
 {
     return v > 0 ? std::min(v, 1.0) : 0.0; // not-a-number counts as 0
@@ -272,26 +274,52 @@ private:
     std::map<std::tuple<const Bitmap*, bool, double>, CairoSurface> _surfaces;
 };
 
-} // namespace
-
-bool replay(const Recording& recording, cairo_t* context, Size device, ReplayTarget target,
-            std::string& error)
+void prepare(cairo_t* context)
 {
     // All of Cairo's grey modes but the fast one have 15 × 256 samples to a pixel (a slanted edge
     // is off by at most 5 % of a pixel) and cover upright rectangles exactly; the best asks for
     // whatever else a version has to offer.
     cairo_set_antialias(context, CAIRO_ANTIALIAS_BEST);
     cairo_set_tolerance(context, 0.05);
-    const AffineTransform toDevice{device.width / recording.size.width,    0, 0,
-                                   -device.height / recording.size.height, 0, device.height};
-    Replay painter(context, toDevice, device, target);
-    for (const Recording::Op& op : recording.ops)
-        std::visit(painter, op);
+}
+
+bool isDone(cairo_t* context, std::string& error)
+{
     const cairo_status_t status = cairo_status(context);
     if (status == CAIRO_STATUS_SUCCESS)
         return true;
     error = std::string("a drawing failed: ") + cairo_status_to_string(status);
     return false;
+}
+
+} // namespace
+
+bool replayOntoPage(const Recording& recording, cairo_t* context, Size page, std::string& error)
+{
+    prepare(context);
+    const AffineTransform toPage{page.width / recording.size.width,    0, 0,
+                                 -page.height / recording.size.height, 0, page.height};
+    Replay painter(context, toPage, page, ReplayTarget::VectorFile);
+    for (const Recording::Op& op : recording.ops)
+        std::visit(painter, op);
+    return isDone(context, error);
+}
+
+bool replayInto(const TilePainting& painting, const Recording& recording, cairo_t* context,
+                std::string& error)
+{
+    prepare(context);
+    const Tile& tile = painting.tile;
+    const AffineTransform toTile =
+        painting.toPixels.followedBy(AffineTransform::translation(-tile.left, -tile.top));
+    Replay painter(context, toTile, {double(tile.width), double(tile.height)},
+                   ReplayTarget::Pixels);
+    for (const std::uint32_t index : painting.ops) {
+        if (!painting.goesOn())
+            return false;
+        std::visit(painter, recording.ops[index]);
+    }
+    return isDone(context, error);
 }
 
 } // namespace drawing

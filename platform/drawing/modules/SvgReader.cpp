@@ -62,7 +62,8 @@ void* openDocument(const std::string& bytes, Size& size, std::string& error)
 
 bool drawDocument(void* document, Size size, imaging::Bitmap& target, std::string& error)
 {
-    const CairoSurface surface = surfaceOver(target);
+    const Tile whole{0, 0, target.width(), target.height()};
+    const CairoSurface surface = surfaceOver(target, whole);
     const CairoContext context(cairo_create(surface.get()));
     cairo_scale(context.get(), target.width() / size.width, target.height() / size.height);
     const RsvgRectangle page{0, 0, size.width, size.height};
@@ -77,7 +78,7 @@ bool drawDocument(void* document, Size size, imaging::Bitmap& target, std::strin
                 cairo_status_to_string(cairo_status(context.get()));
         return false;
     }
-    finishPixels(surface.get(), target);
+    finishPixels(surface.get(), target, whole);
     return true;
 }
 

@@ -7,20 +7,41 @@
 #include "platform/imaging/Bitmap.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <span>
 #include <string>
 
 namespace drawing {
 
-// Changes when a structure shared with the modules does, so that a stale file is noticed.
+// A rectangle of a bitmap's pixels, row 0 on top.
+struct Tile {
+    int left, top, width, height;
+};
+
+// What is painted into a tile.
+struct TilePainting {
+    AffineTransform toPixels; // from the drawing to the bitmap's pixels, y down
+    Tile tile;
+    std::span<const std::uint32_t> ops; // by their indices, in the order in which they are painted
+    // Asked before each operation; when it answers false, painting fails without an error.
+    const std::function<bool()>& goesOn;
+};
+
+// Changes when a structure or a function shared with the modules does, so that a stale file is
+// noticed.
+constexpr std::size_t kModuleInterface = 2;
 constexpr std::size_t kModuleLayout =
-    sizeof(Recording) +
+    kModuleInterface + 10 * sizeof(Recording) +
     1000 * (sizeof(Recording::Op) + 1000 * (sizeof(Path) + sizeof(imaging::Bitmap)));
 
 // Every function answers false or null with one line in `error` when it fails.
 struct PainterTable {
     std::size_t layout;
-    // Into every pixel of an Rgba8 bitmap of at most kMaximumRasterSide.
-    bool (*rasterize)(const Recording&, imaging::Bitmap& target, std::string& error);
+    // Into every pixel of the tile, of an Rgba8 bitmap of at most kMaximumRasterSide. Threads may
+    // paint tiles of one bitmap that do not meet.
+    bool (*rasterize)(const Recording&, const TilePainting&, imaging::Bitmap& target,
+                      std::string& error);
     bool (*encode)(const Recording&, VectorFormat, const std::string& metadata, std::string& bytes,
                    std::string& error);
 };

@@ -161,7 +161,7 @@ bool encodeVectorFile(const Recording& recording, VectorFormat format, const std
     }
     {
         const CairoContext context(cairo_create(surface.get()));
-        if (!replay(recording, context.get(), recording.size, ReplayTarget::VectorFile, error))
+        if (!replayOntoPage(recording, context.get(), recording.size, error))
             return false;
     }
     cairo_surface_finish(surface.get());
