@@ -26,6 +26,9 @@ constexpr const char* kBackgroundColor = "GLIFBackgroundColor";
 constexpr const char* kWidth = "GLIFWidth";
 constexpr const char* kHeight = "GLIFHeight";
 
+// What recording a drawing takes of the time until it is a bitmap; only for reports.
+constexpr double kDrawing = 0.2;
+
 // Whether so many pixels, with a field beside them, fit the memory that is free now. The system
 // grants more than it has and fails only when the memory is touched, so large pictures are checked
 // first.
@@ -200,8 +203,12 @@ PictureRef GLIFCoreObject::renderBitmap(PixelSize size,
         return nullptr;
     try {
         Canvas canvas({static_cast<double>(size.width), static_cast<double>(size.height)});
-        draw(canvas);
+        {
+            const foundation::ProgressPart part(0, kDrawing);
+            draw(canvas);
+        }
         const drawing::RecordingRef recording = canvas.finish();
+        const foundation::ProgressPart part(kDrawing, 1);
         auto bitmap = drawing::rasterize(*recording, size.width, size.height);
         if (bitmap)
             return drawing::Picture::fromBitmapAndRecording(*bitmap, recording);
@@ -219,7 +226,11 @@ PictureRef GLIFCoreObject::renderBitmap(PixelSize size, const std::function<void
         return nullptr;
     try {
         Canvas canvas({static_cast<double>(size.width), static_cast<double>(size.height)});
-        draw(canvas);
+        {
+            const foundation::ProgressPart part(0, kDrawing);
+            draw(canvas);
+        }
+        const foundation::ProgressPart part(kDrawing, 1);
         if (paint(*bitmap))
             return drawing::Picture::fromBitmapAndRecording(bitmap, canvas.finish());
     } catch (const std::bad_alloc&) {

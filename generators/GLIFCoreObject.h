@@ -6,6 +6,7 @@
 #include "platform/drawing/Canvas.h"
 #include "platform/drawing/Picture.h"
 #include "platform/foundation/Value.h"
+#include "platform/foundation/Work.h"
 #include "platform/imaging/Bitmap.h"
 
 #include <bit>
@@ -60,6 +61,9 @@ struct PooledDelete {
 //
 // A generator overrides attributeTable() and GLIFOutputImageWidthHeightAttributes(); one that draws
 // shapes overrides drawRect() too.
+//
+// Inside a WorkScope making a picture reports its progress and can be stopped. The object is then
+// ready for the next call: a field that was not finished is forgotten.
 class GLIFCoreObject {
 public:
     using AttributeTable = generators::AttributeTable;
@@ -159,6 +163,21 @@ protected:
     // colour.
     static constexpr double kUnsetValue = std::bit_cast<double>(std::uint64_t{0x4040404040404040});
 
+    // Computes the field (and, where colouring it again would show something else, the picture).
+    // When that is given up by an exception, the record of the last computation is cleared and the
+    // field discarded.
+    template <class Work>
+    auto compute(const Work& work)
+    {
+        const foundation::ProgressPart part(0, 0.9);
+        try {
+            return work();
+        } catch (...) {
+            _preAttr.clear();
+            _prefetchBuffer.reset();
+            throw;
+        }
+    }
     // Discards the field and makes room for a new one of that many values, uninitialised. False,
     // and the record of the last computation cleared, when memory is short.
     bool renewPrefetchBuffer(std::size_t count);

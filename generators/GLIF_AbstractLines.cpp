@@ -145,6 +145,7 @@ void GLIF_AbstractLines::drawRect(Canvas& canvas, const Rect& rect)
     const auto wander = [&] { return randomInt() * 0.2 / 2147483647.0 * (count / -10.0); };
 
     for (int i = 0; i < count; ++i) {
+        foundation::reportProgress(static_cast<double>(i) / count);
         const Chords::Ends ends = chords.next(_shapesType, i);
         drawn.push_back(ends);
         Path corner;

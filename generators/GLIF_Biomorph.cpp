@@ -154,12 +154,16 @@ PictureRef GLIF_Biomorph::drawBiomorph(int width, int height, double cReal, doub
     const std::shared_ptr<Bitmap> bitmap = makeBitmap(size);
     if (!bitmap || (_bNeedUpdateCashe && !renewPrefetchBuffer(size.pixels())))
         return nullptr;
-    if (_bNeedUpdateCashe)
+    if (!_bNeedUpdateCashe) {
+        paintField(*bitmap);
+        return pictureOverBackground(bitmap);
+    }
+    return compute([&] {
         computeField(size, static_cast<float>(cReal), static_cast<float>(cImag), resolution);
-    paintField(*bitmap);
-    if (_bNeedUpdateCashe)
+        paintField(*bitmap);
         paintStartsOutside(*bitmap);
-    return pictureOverBackground(bitmap);
+        return pictureOverBackground(bitmap);
+    });
 }
 
 void GLIF_Biomorph::computeField(PixelSize size, float cReal, float cImag, int resolution)
@@ -176,6 +180,7 @@ void GLIF_Biomorph::computeField(PixelSize size, float cReal, float cImag, int r
 
     const auto height = static_cast<std::size_t>(size.height);
     double* field = _prefetchBuffer.get();
+    foundation::ProgressSteps steps(columns.count());
     const auto computeColumns = [&](int first, int last) {
         std::vector<std::uint8_t> outcomes(rows.count());
         for (int block = first; block < last; ++block) {
@@ -188,6 +193,7 @@ void GLIF_Biomorph::computeField(PixelSize size, float cReal, float cImag, int r
             for (int copy = columns.begin(block) + 1; copy < columns.end(block); ++copy)
                 std::copy_n(column, height, field + copy * height);
         }
+        steps.add(last - first);
     };
     imaging::parallelRows(0, columns.count(), 8, computeColumns);
     const int covered = columns.count() > 0 ? columns.end(columns.count() - 1) : 0;

@@ -37,6 +37,7 @@ std::vector<Candidate> drawCandidates(int width, int height, int quantity, int q
     const auto spacing = static_cast<double>(quality) + 3;
     std::vector<Candidate> table;
     for (int i = 0; i < quantity; ++i) {
+        foundation::checkpoint();
         const int x = randomInt() % width;
         const int y = randomInt() % height;
         const auto isTooNear = [&](const Candidate& other) {
@@ -174,6 +175,7 @@ void searchCover(const Block& block, std::span<const Centre> candidates, std::in
                  std::int64_t& largest)
 {
     constexpr int kSmallestBlock = 8;
+    foundation::checkpoint();
     // Of the pixels' corners, the last of which lie inside the block.
     const Block corners = {block.left, block.bottom, block.right - 1, block.top - 1};
     const auto squared = [](double distance) { return std::llround(distance * distance); };
@@ -273,13 +275,15 @@ PictureRef GLIF_Cafel::cafelGenerator(int width, int height, int /*quantity*/, i
     const Figure shape = figure == 1 ? Figure::Square : Figure::Circle;
 
     const auto draw = [&](Canvas& canvas) {
-        for (std::int64_t r = radius; r >= 1; r -= step)
+        for (std::int64_t r = radius; r >= 1; r -= step) {
+            foundation::reportProgress(1 - static_cast<double>(r) / radius);
             for (std::size_t i = 0; i < centres.size(); ++i) {
                 Path path;
                 canvas.setColor(colors[i]);
                 appendFigure(path, shape, centres[i].x, centres[i].y, static_cast<int>(r));
                 canvas.fill(path);
             }
+        }
     };
     const auto paint = [&](Bitmap& bitmap) {
         const std::vector<Ink> inks = inksOf(colors);

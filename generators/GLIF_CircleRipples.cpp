@@ -165,7 +165,7 @@ PictureRef GLIF_CircleRipples::GLIFOutputImageWidthHeightAttributes(const Pictur
     if (!bitmap || (_bNeedUpdateCashe && !renewPrefetchBuffer(size.pixels())))
         return nullptr;
     if (_bNeedUpdateCashe)
-        computeField(size);
+        compute([&] { computeField(size); });
     paintField(*bitmap);
     return pictureOverBackground(bitmap);
 }
@@ -221,6 +221,7 @@ void GLIF_CircleRipples::computeField(PixelSize size)
 
     double* field = _prefetchBuffer.get();
     const auto fieldHeight = static_cast<std::size_t>(size.height);
+    foundation::ProgressSteps steps(columnBlocks);
     const auto computeColumns = [&](int first, int last) {
         std::vector<float> values(lanes);
         for (int column = first; column < last; ++column) {
@@ -236,6 +237,7 @@ void GLIF_CircleRipples::computeField(PixelSize size)
             for (int x = left + 1; x < right; ++x)
                 std::copy_n(pixels, fieldHeight, field + x * fieldHeight);
         }
+        steps.add(last - first);
     };
     imaging::parallelRows(0, columnBlocks, 4, computeColumns);
 }

@@ -68,6 +68,7 @@ void GLIF_ColourBars::drawColourBars(Canvas& canvas, int width, int height) cons
             .followedBy(AffineTransform::translation(width * 0.5, height * 0.5));
     double x = 0;
     while (diagonal > x) {
+        foundation::reportProgress(x / diagonal);
         const float share = randomUnit();
         const float position = randomUnit();
         const double next = x + (least + ((static_cast<double>(mean) + spread) - least) * share);

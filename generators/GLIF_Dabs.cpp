@@ -43,6 +43,7 @@ imaging::BitmapRef stampMask(const drawing::Picture& brush, float width, float h
     const auto pixels = [](double side) {
         return truncToInt(std::clamp(std::ceil(side), 1.0, kLargestStampSide));
     };
+    const foundation::ProgressPart unheard(0, 0);
     const bool isSmaller = width < brush.pixelsWide() && height < brush.pixelsHigh();
     return isSmaller || brush.isVector() ? brush.bitmapOfSize(pixels(width), pixels(height))
                                          : brush.bitmap();

@@ -74,6 +74,7 @@ void GLIF_FlashLines::drawFlashLines(Canvas& canvas, int width, int height) cons
     const float step = 1.0f / static_cast<float>(_curveRange);
     float position = 0;
     for (int i = 0; i < _curveRange; ++i) {
+        foundation::reportProgress(static_cast<double>(i) / _curveRange);
         Path path;
         path.moveTo({x1.at, y1.at});
         path.lineTo({x2.at, y2.at});

@@ -253,7 +253,9 @@ PictureRef GLIF_Foam::foamGenerator(int width, int height, int /*quantity*/, int
         drawBackgroundInRect(canvas,
                              {0, 0, static_cast<double>(width), static_cast<double>(height)});
         std::vector<Sphere> shrinking = spheres;
+        foundation::ProgressSteps steps(std::ssize(colors));
         for (const Color& color : colors) {
+            steps.add(1);
             Path path;
             canvas.setColor(color);
             for (Sphere& sphere : shrinking) {

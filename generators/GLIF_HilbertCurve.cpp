@@ -26,9 +26,11 @@ constexpr int kHighestOrder = 10;
 
 // One walk over the curve: what its four procedures share. Coordinates are whole pixels, y up.
 struct Walk {
-    explicit Walk(Canvas& on) : canvas(on) {}
+    // Each order has a bend more than four times those of the one below.
+    Walk(Canvas& on, int order) : canvas(on), steps(((std::int64_t{1} << 2 * order) - 1) / 3) {}
 
     Canvas& canvas;
+    foundation::ProgressSteps steps; // bends
     int currX = 0, currY = 0;
     int u = 1;             // length of a step
     int stDelta = 0;       // how far a segment reaches past both its ends, to close the corners
@@ -59,6 +61,7 @@ struct Walk {
     {
         if (k < 1)
             return;
+        steps.add(1);
         Path path;
         path.lineWidth = stWidthLine;
         path.cap = stTypeCaps;
@@ -118,7 +121,7 @@ void GLIF_HilbertCurve::drawRect(Canvas& canvas, const Rect& rect)
         return;
     const int side = truncToInt(std::max(rect.width, rect.height));
 
-    Walk walk(canvas);
+    Walk walk(canvas, order);
     walk.statPath.moveTo({0, 0});
     walk.stWidthLine = penWidth(_cupSize);
     walk.stTypeCaps = lineCap(_typeCaps);

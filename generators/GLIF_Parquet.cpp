@@ -188,11 +188,13 @@ void GLIF_Parquet::drawRect(Canvas& canvas, const Rect& rect)
     // Wider than the fields, so that the last sum does not overflow.
     using Wide = std::int64_t;
     const auto width = static_cast<float>(rect.width), height = static_cast<float>(rect.height);
-    for (Wide x = 0; static_cast<float>(x) <= width; x += _cellWidth)
+    for (Wide x = 0; static_cast<float>(x) <= width; x += _cellWidth) {
+        foundation::reportProgress(static_cast<double>(x) / width);
         for (Wide y = 0; static_cast<float>(y) <= height; y += _cellHeight)
             // Counted wider too: the last step may be the largest number there is.
             for (Wide k = -1; k <= steps.last; ++k)
                 drawShape(static_cast<float>(x), static_cast<float>(y),
                           static_cast<float>(x + _cellWidth), static_cast<float>(y + _cellHeight),
                           static_cast<int>(k));
+    }
 }

@@ -24,6 +24,9 @@ constexpr AttributeTable kAttributes = {
 // Larger blocks are drawn as rectangles instead of being kept in a field.
 constexpr int kLargestBlockInField = 999;
 
+// Quarters of this part of each side are counted for the progress.
+constexpr float kReportedSide = 64;
+
 } // namespace
 
 GLIF_Plasma::GLIF_Plasma()
@@ -62,6 +65,7 @@ PictureRef GLIF_Plasma::plasmaGenerator(const PictureRef& reference, int width, 
     const float c3 = randomUnit();
     const float c4 = randomUnit();
     _dResolution = std::max(_dResolution, 1);
+    _quartersDone = 0;
 
     const auto w = static_cast<float>(size.width), h = static_cast<float>(size.height);
     if (_dResolution > kLargestBlockInField)
@@ -72,7 +76,7 @@ PictureRef GLIF_Plasma::plasmaGenerator(const PictureRef& reference, int width, 
     if (!bitmap || (_bNeedUpdateCashe && !renewPrefetchBuffer(size.pixels())))
         return nullptr;
     if (_bNeedUpdateCashe)
-        divideGrid(0, 0, w, h, c1, c2, c3, c4, w, h, nullptr);
+        compute([&] { divideGrid(0, 0, w, h, c1, c2, c3, c4, w, h, nullptr); });
     paintField(*bitmap);
     return drawing::Picture::fromBitmap(bitmap);
 }
@@ -115,6 +119,10 @@ void GLIF_Plasma::divideGrid(float x, float y, float w, float h, float c1, float
     if (!(w > limit || h > limit))
         return fillCell(x, y, c1, c2, c3, c4, totalWidth, totalHeight, canvas);
 
+    if (w * kReportedSide <= totalWidth && w * (2 * kReportedSide) > totalWidth) {
+        foundation::checkpoint();
+        foundation::reportProgress(_quartersDone++ / (kReportedSide * kReportedSide));
+    }
     const float nw = w * 0.5f;
     const float nh = h * 0.5f;
     const float average = (c1 + c2 + c3 + c4) * 0.25f;
@@ -181,8 +189,10 @@ PictureRef GLIF_Plasma::plasmaSineGeneratorWidthHeight(const PictureRef& referen
     }
     // Blocks too large for the field are not drawn at all: the picture is transparent.
     if (inField)
-        divideSinePlasmaA2A3A4WidthHeightBitmap(1, r1 % 255 + 1, r2 % 255 - 1, r3 % 255 - 1,
-                                                size.width, size.height, *bitmap);
+        compute([&] {
+            divideSinePlasmaA2A3A4WidthHeightBitmap(1, r1 % 255 + 1, r2 % 255 - 1, r3 % 255 - 1,
+                                                    size.width, size.height, *bitmap);
+        });
     return drawing::Picture::fromBitmap(bitmap);
 }
 
@@ -229,9 +239,11 @@ void GLIF_Plasma::divideSinePlasmaA2A3A4WidthHeightBitmap(int p1, int p2, int p3
         }
     };
     const int strips = (height + kStrip - 1) / kStrip;
+    foundation::ProgressSteps steps(strips);
     imaging::parallelRows(0, strips, 1, [&](int first, int last) {
         for (int strip = first; strip < last; ++strip)
             computeStrip(strip * kStrip, std::min(height, (strip + 1) * kStrip));
+        steps.add(last - first);
     });
     paintField(bitmap);
 }

@@ -28,6 +28,7 @@ private:
                                                  int height, generators::Bitmap& bitmap);
 
     std::int32_t _dResolution = 1; // block size in pixels
+    double _quartersDone = 0;      // of those that are counted
     std::int32_t _iSmoothness = 0; // scale of the displacement, or frequency of the sine tables
     std::int32_t _shapesType = 0;  // 0 and 1 displacement, plain and through a sine; above: tables
     std::array<std::int32_t, 512> SIN = {};

@@ -106,15 +106,17 @@ PictureRef GLIF_RadialPlasma::radialPlasmaGeneratorWidthHeight(int width, int he
     const std::shared_ptr<Bitmap> bitmap = makeBitmap(size);
     if (!bitmap || (_bNeedUpdateCashe && !(beginDisc(size) && renewPrefetchBuffer(size.pixels()))))
         return nullptr;
-    if (_bNeedUpdateCashe) {
+    if (!_bNeedUpdateCashe) {
+        // A seed that wrapped around to 0 shows only in the picture that it was drawn for.
+        paintField(*bitmap, 0);
+        return pictureOverBackground(bitmap);
+    }
+    return compute([&] {
         growDisc();
         storeField();
         paintField(*bitmap);
-    } else {
-        // A seed that wrapped around to 0 shows only in the picture that it was drawn for.
-        paintField(*bitmap, 0);
-    }
-    return pictureOverBackground(bitmap);
+        return pictureOverBackground(bitmap);
+    });
 }
 
 bool GLIF_RadialPlasma::beginDisc(PixelSize size)
@@ -262,6 +264,8 @@ void GLIF_RadialPlasma::growRings(int outermost)
     std::uint8_t* center =
         screen.get() + (static_cast<std::ptrdiff_t>(_iWeight / 2) * _iHeight + _iHeight / 2);
     for (double radius = 1; outermost > radius; radius += kRingDistance) {
+        foundation::checkpoint();
+        foundation::reportProgress(radius / outermost);
         for (std::size_t i = 0; i < angles; ++i) {
             xs[i] = static_cast<int>(plan.cosines[i] * radius);
             ys[i] = static_cast<int>(plan.sines[i] * radius);

@@ -103,7 +103,7 @@ PictureRef GLIF_SandGlass::sandGlassGeneratorWidthHeight(int width, int height)
     if (!bitmap || (_bNeedUpdateCashe && !renewPrefetchBuffer(quarter.pixels())))
         return nullptr;
     if (_bNeedUpdateCashe)
-        computeField(quarter);
+        compute([&] { computeField(quarter); });
     paintQuarters(*bitmap, quarter);
     return drawing::Picture::fromBitmap(bitmap);
 }
@@ -114,11 +114,14 @@ void GLIF_SandGlass::computeField(PixelSize quarter)
     double* field = _prefetchBuffer.get();
     if (_shapesType < 0 || _shapesType > 3) {
         // Row by row: that is the order of the draws.
-        for (int y = 0; y < quarter.height; ++y)
+        for (int y = 0; y < quarter.height; ++y) {
+            foundation::checkpoint();
+            foundation::reportProgress(static_cast<double>(y) / quarter.height);
             for (int x = 0; x < quarter.width; ++x) {
                 const int drawn = randomInt();
                 field[x * height + y] = sandGlassValue(_shapesType, x, y, _iFactor, drawn);
             }
+        }
         return;
     }
 
@@ -142,9 +145,11 @@ void GLIF_SandGlass::computeField(PixelSize quarter)
             else
                 column[y] = sandGlassValue(_shapesType, x, y, _iFactor, 0);
     };
+    foundation::ProgressSteps steps(quarter.width);
     imaging::parallelRows(0, quarter.width, 8, [&](int first, int last) {
         for (int x = first; x < last; ++x)
             computeColumn(x);
+        steps.add(last - first);
     });
 }
 

@@ -141,7 +141,7 @@ PictureRef GLIF_Spiral::spiralGeneratorWidthHeight(int width, int height)
     if (!bitmap || (_bNeedUpdateCashe && !renewPrefetchBuffer(size.pixels())))
         return nullptr;
     if (_bNeedUpdateCashe)
-        computeField(size);
+        compute([&] { computeField(size); });
     paintField(*bitmap);
     // The bitmap is laid out upside down: row 0 of the field is at the bottom of the picture.
     imaging::parallelRows(0, height / 2, 64, [&](int first, int last) {
@@ -168,6 +168,9 @@ void GLIF_Spiral::computeField(PixelSize size)
     const double wind = _fRandomWind * turn;
     double angle = 0;
     for (int radius = 1; radius < outermost;) {
+        foundation::checkpoint();
+        const double share = static_cast<double>(radius) / outermost;
+        foundation::reportProgress(share * share);
         // Factors out of bounds add up to no angle at all: those circles start on the right.
         const double startAngle = std::isfinite(angle) ? angle : 0;
         drawSpiralCircleQuickly(field, size.height, {centerX, centerY, radius, startAngle});

@@ -164,6 +164,7 @@ void GLIF_StarField::drawStarField(Canvas& canvas, int width, int height) const
     const std::int64_t shapes = std::min<std::int64_t>(
         std::llabs(_density), kMostFigures / std::clamp(_iCount, 1, kMostCount));
     for (std::int64_t i = 0; i < shapes; ++i) {
+        foundation::reportProgress(static_cast<double>(i) / static_cast<double>(shapes));
         const double x = randomBelow(width + size);
         const double y = randomBelow(size + height);
         const double turn = randomBelow(360);

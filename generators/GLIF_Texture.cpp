@@ -101,12 +101,19 @@ private:
     template <class Move>
     void repeat(std::int64_t steps, const Move& move)
     {
+        // Under a millisecond of them.
+        constexpr std::int64_t kStepsAtOnce = 1 << 16;
         RandomRun random;
-        for (std::int64_t step = 0; step < steps; ++step) {
-            std::int32_t& count = _counts.at(_x, _y);
-            count += random.next() % 5;
-            _most = std::max(_most, count);
-            move(random);
+        for (std::int64_t first = 0; first < steps; first += kStepsAtOnce) {
+            foundation::checkpoint();
+            foundation::reportProgress(static_cast<double>(first) / static_cast<double>(steps));
+            const std::int64_t last = std::min(steps, first + kStepsAtOnce);
+            for (std::int64_t step = first; step < last; ++step) {
+                std::int32_t& count = _counts.at(_x, _y);
+                count += random.next() % 5;
+                _most = std::max(_most, count);
+                move(random);
+            }
         }
     }
 
@@ -183,7 +190,8 @@ PictureRef GLIF_Texture::textureGeneratorWidthHeight(int width, int height)
     // Drawn although a tile that is only coloured again has no use for them.
     const int drawnX = randomInt();
     const int drawnY = randomInt();
-    if (_bNeedUpdateCashe && !computeField(tile, drawnX % tile.width, drawnY % tile.height))
+    if (_bNeedUpdateCashe &&
+        !compute([&] { return computeField(tile, drawnX % tile.width, drawnY % tile.height); }))
         return nullptr;
     paintTiles(*bitmap, tile);
     return drawing::Picture::fromBitmap(bitmap);

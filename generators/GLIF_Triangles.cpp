@@ -70,6 +70,8 @@ void GLIF_Triangles::drawRect(Canvas& canvas, const Rect& rect)
         {reach, 0}};
     std::vector<Triangle> triangles = {{points, 0, 1, 2}};
     for (int i = 3; i <= count + 1; ++i) {
+        foundation::checkpoint();
+        foundation::reportProgress(static_cast<double>(i) / (count + 1));
         const int y = randomInt() % height;
         const int x = randomInt() % width;
         const Point point = {static_cast<double>(x), static_cast<double>(y)};

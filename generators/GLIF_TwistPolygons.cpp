@@ -80,6 +80,7 @@ void GLIF_TwistPolygons::drawRect(Canvas& canvas, const Rect& rect)
     };
     fillPolygon(0, false);
     for (int k = 1; k < polygons; ++k) {
+        foundation::reportProgress(static_cast<double>(k) / polygons);
         const float x0 = xs[0], y0 = ys[0];
         for (int i = 0; i < corners; ++i) {
             // The next corner has not moved yet; the first one has when the last one follows it.

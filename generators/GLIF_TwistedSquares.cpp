@@ -52,6 +52,7 @@ void GLIF_TwistedSquares::drawRect(Canvas& canvas, const Rect& rect)
     float angle = 0;
     auto radius = static_cast<float>(truncToInt((static_cast<double>(width) + height) * 0.5));
     for (int squares = 0; squares < kMostSquares; ++squares) {
+        foundation::reportProgress(1 - radius / static_cast<double>(width + height));
         rectangle(canvas, radius, angle, cx, cy);
         angle = static_cast<float>(angle + turn);
         // Of the square inscribed in this one.

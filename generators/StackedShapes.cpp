@@ -1,5 +1,6 @@
 #include "generators/StackedShapes.h"
 
+#include "platform/foundation/Work.h"
 #include "platform/imaging/Parallel.h"
 
 #include <algorithm>
@@ -130,6 +131,7 @@ float coverage(std::span<const Rim> rims)
 
 std::vector<Ink> inksOf(const std::vector<Color>& colors)
 {
+    const foundation::ProgressPart unheard(0, 0);
     const auto count = static_cast<int>(colors.size());
     Canvas canvas({static_cast<double>(count), 1});
     for (int i = 0; i < count; ++i) {
@@ -162,12 +164,14 @@ void BlockPainter::forEachBlock(const std::function<void(const Block&)>& paint) 
     constexpr int kRows = 64, kColumns = 256;
     const int width = _bitmap.width(), height = _bitmap.height();
     const int columns = (width + kColumns - 1) / kColumns, rows = (height + kRows - 1) / kRows;
+    foundation::ProgressSteps steps(std::int64_t{columns} * rows);
     imaging::parallelRows(0, columns * rows, 1, [&](int first, int last) {
         for (int i = first; i < last; ++i) {
             const int left = i % columns * kColumns, bottom = i / columns * kRows;
             paint(
                 {left, bottom, std::min(left + kColumns, width), std::min(bottom + kRows, height)});
         }
+        steps.add(last - first);
     });
 }
 
