@@ -5,6 +5,7 @@
 #include "platform/drawing/Picture.h"
 #include "platform/foundation/Bundle.h"
 #include "platform/foundation/Log.h"
+#include "platform/foundation/Work.h"
 #include "platform/imaging/Renderer.h"
 #include "plugin/CIFMain.h"
 
@@ -250,7 +251,7 @@ Image CIFMain::rasterized(const PictureRef& picture, int width, int height)
 bool CIFMain::beginApplication(Application& application, std::string_view name,
                                const Dictionary& attributes, const PictureRef& picture,
                                RepeatedSource repeatedSource)
-{
+try {
     application.fit = fitsResult(name);
     application.size = picture ? workingSize(*picture) : PixelSize();
     if (!application.size)
@@ -301,6 +302,13 @@ bool CIFMain::beginApplication(Application& application, std::string_view name,
     }
     application.output = filter.outputImage();
     return true;
+} catch (const foundation::Stopped&) {
+    // Given up half-way: the next call with this picture and name is no repetition.
+    _CIFilterInstance.reset();
+    _sourceImage = _pointSizeImage = {};
+    _currImage.reset();
+    _currFilterName.clear();
+    throw;
 }
 
 Image CIFMain::pointSizeImage()
