@@ -1,12 +1,15 @@
 // Nearest, averaged and interpolated scaling of the visible part of a picture.
 #include "editor/PixelDrawing.h"
 
+#include "editor/PixelRows.h"
+
 #include "platform/imaging/Parallel.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 namespace editor {
@@ -15,32 +18,12 @@ namespace {
 
 constexpr int kRowsAtOnce = 24;
 
-// Red, green, blue, alpha; loads and stores need no alignment.
-typedef float Pixel __attribute__((vector_size(16)));
-typedef std::int32_t Whole __attribute__((vector_size(16)));
-
 // The three neighbours on one axis that a device pixel is made of. Those past the end weigh
 // nothing.
 struct Taps {
     int first = 0;
-    std::array<float, 3> weight{};
+    std::array<std::uint16_t, 3> weight{};
 };
-
-QRgb swapRedAndBlue(std::uint32_t pixel)
-{
-    return (pixel & 0xff00ff00) | ((pixel >> 16) & 0xff) | ((pixel & 0xff) << 16);
-}
-
-// A premultiplied pixel over an opaque one.
-QRgb over(QRgb pixel, QRgb below)
-{
-    const std::uint32_t rest = 255 - (pixel >> 24);
-    std::uint32_t redBlue = (below & 0xff00ff) * rest;
-    redBlue = ((redBlue + ((redBlue >> 8) & 0xff00ff) + 0x800080) >> 8) & 0xff00ff;
-    std::uint32_t green = ((below >> 8) & 0xff) * rest;
-    green = (green + (green >> 8) + 0x80) & 0xff00;
-    return 0xff000000 | ((pixel & 0xffffff) + redBlue + green);
-}
 
 // Each pixel averages the stretch of `count` source pixels that it covers, `step` long. Only the
 // middle of a stretch longer than two is looked at.
@@ -61,8 +44,7 @@ std::vector<Taps> averagingTaps(int from, int to, double start, double step, int
         for (int k = 0; k < 3; ++k) {
             const double left = t.first + k;
             const double covered = std::min(high, left + 1) - std::max(low, left);
-            t.weight[static_cast<std::size_t>(k)] =
-                static_cast<float>(std::max(covered, 0.0) / (high - low));
+            t.weight[static_cast<std::size_t>(k)] = asWeight(std::max(covered, 0.0) / (high - low));
         }
     }
     return taps;
@@ -75,37 +57,44 @@ std::vector<Taps> linearTaps(int from, int to, double start, double step, int co
     for (int i = from; i < to; ++i) {
         const double at = std::clamp((i + 0.5 - start) * step - 0.5, 0.0, count - 1.0);
         const int first = static_cast<int>(at);
-        const auto share = static_cast<float>(at - first);
-        taps[static_cast<std::size_t>(i - from)] = {first, {1 - share, share, 0}};
+        const double share = at - first;
+        taps[static_cast<std::size_t>(i - from)] = {first, {asWeight(1 - share), asWeight(share)}};
     }
     return taps;
 }
 
-class CheckerRow {
+// Whether a row or column of squares begins with the second colour.
+bool isOdd(int at, int origin, int side)
+{
+    return (static_cast<int>(std::floor(double(at - origin) / side)) & 1) != 0;
+}
+
+std::uint32_t inPictureOrder(QRgb color)
+{
+    return (color & 0xff00ff00) | ((color >> 16) & 0xff) | ((color & 0xff) << 16);
+}
+
+// The two kinds of rows that squares make, from one column on.
+class CheckerRows {
 public:
-    CheckerRow(const Checkers& checkers, int y) : _checkers(checkers)
+    CheckerRows(const Checkers& checkers, int left, int width)
+        : _origin(checkers.origin.y()), _side(checkers.side)
     {
-        _odd = (floorDivided(y - checkers.origin.y()) & 1) != 0;
+        for (const bool second : {false, true}) {
+            std::vector<std::uint32_t>& row = _rows[second ? 1 : 0];
+            row.resize(static_cast<std::size_t>(width));
+            for (int x = 0; x < width; ++x) {
+                const bool odd = isOdd(left + x, checkers.origin.x(), checkers.side);
+                row[static_cast<std::size_t>(x)] =
+                    inPictureOrder(odd == second ? checkers.first : checkers.second);
+            }
+        }
     }
-    QRgb at(int x) const
-    {
-        const bool odd = (floorDivided(x - _checkers.origin.x()) & 1) != 0;
-        return odd == _odd ? _checkers.first : _checkers.second;
-    }
-    // Whether the row looks like the one above.
-    static bool sameAsAbove(const Checkers& checkers, int y)
-    {
-        return (y - checkers.origin.y()) % checkers.side != 0;
-    }
+    Backdrop at(int y) const { return _rows[isOdd(y, _origin, _side) ? 1 : 0].data(); }
 
 private:
-    int floorDivided(int v) const
-    {
-        return v >= 0 ? v / _checkers.side : -((_checkers.side - 1 - v) / _checkers.side);
-    }
-
-    const Checkers& _checkers;
-    bool _odd = false;
+    int _origin, _side;
+    std::array<std::vector<std::uint32_t>, 2> _rows;
 };
 
 struct Job {
@@ -135,59 +124,45 @@ void drawNearest(const Job& job)
     for (int x = 0; x < width; ++x)
         columns[static_cast<std::size_t>(x)] =
             nearest(left + x, job.target.left(), job.stepX, job.source.width);
+    const int firstColumn = columns.front();
+    const bool contiguous = job.stepX == 1 && columns.back() - firstColumn == width - 1;
+    const bool premultiply = !job.opaque && !job.source.premultiplied;
+    const CheckerRows squares(job.checkers, left, job.opaque ? 0 : width);
     uchar* const bits = job.canvas.bits();
     imaging::parallelRows(
         job.covered.top(), job.covered.bottom() + 1, kRowsAtOnce, [&](int first, int last) {
+            std::vector<std::uint32_t> kept(contiguous && !premultiply ? 0 : std::size_t(width));
+            const std::uint32_t* pixels = nullptr;
+            Backdrop below = nullptr;
             int previous = -1;
             for (int y = first; y < last; ++y) {
                 QRgb* const out = job.canvasRow(bits, y);
                 const int sourceY = nearest(y, job.target.top(), job.stepY, job.source.height);
-                if (sourceY == previous &&
-                    (job.opaque || CheckerRow::sameAsAbove(job.checkers, y))) {
+                const Backdrop above = std::exchange(below, job.opaque ? nullptr : squares.at(y));
+                if (sourceY == previous && below == above) {
                     std::memcpy(out, job.canvasRow(bits, y - 1), sizeof(QRgb) * std::size_t(width));
                     continue;
                 }
-                previous = sourceY;
-                const std::uint32_t* const row = job.source.row(sourceY);
-                if (job.opaque) {
-                    for (int x = 0; x < width; ++x)
-                        out[x] = swapRedAndBlue(row[columns[static_cast<std::size_t>(x)]]);
-                    continue;
+                if (std::exchange(previous, sourceY) != sourceY) {
+                    const std::uint32_t* const row = job.source.row(sourceY);
+                    pixels = row + firstColumn;
+                    if (!contiguous) {
+                        for (int x = 0; x < width; ++x)
+                            kept[static_cast<std::size_t>(x)] =
+                                row[columns[static_cast<std::size_t>(x)]];
+                        pixels = kept.data();
+                    }
+                    if (premultiply) {
+                        premultiplyRow(pixels, width, kept.data());
+                        pixels = kept.data();
+                    }
                 }
-                const CheckerRow squares(job.checkers, y);
-                for (int x = 0; x < width; ++x) {
-                    const std::uint32_t pixel = row[columns[static_cast<std::size_t>(x)]];
-                    out[x] = over(
-                        swapRedAndBlue(job.source.premultiplied ? pixel : premultiplied(pixel)),
-                        squares.at(left + x));
-                }
+                if (job.opaque)
+                    toScreenRow(pixels, width, out);
+                else
+                    overRow(pixels, below, width, out);
             }
         });
-}
-
-// The weighted sum of up to three rows of bytes.
-void sumRows(const std::array<const std::uint32_t*, 3>& rows, const std::array<float, 3>& weights,
-             int pixels, float* __restrict sum)
-{
-    const auto* a = reinterpret_cast<const std::uint8_t*>(rows[0]);
-    const auto* b = reinterpret_cast<const std::uint8_t*>(rows[1]);
-    const auto* c = reinterpret_cast<const std::uint8_t*>(rows[2]);
-    const float wa = weights[0], wb = weights[1], wc = weights[2];
-    const int count = pixels * 4;
-    if (wc == 0) {
-        for (int i = 0; i < count; ++i)
-            sum[i] = float(a[i]) * wa + float(b[i]) * wb;
-    } else {
-        for (int i = 0; i < count; ++i)
-            sum[i] = float(a[i]) * wa + float(b[i]) * wb + float(c[i]) * wc;
-    }
-}
-
-Pixel load(const float* p)
-{
-    Pixel v;
-    std::memcpy(&v, p, sizeof v);
-    return v;
 }
 
 void drawWeighted(const Job& job, const std::vector<Taps>& columns, const std::vector<Taps>& rows)
@@ -195,62 +170,37 @@ void drawWeighted(const Job& job, const std::vector<Taps>& columns, const std::v
     const int width = job.covered.width(), left = job.covered.left();
     const int from = columns.front().first;
     const int to = std::min(columns.back().first + 3, job.source.width);
-    // Spread out beforehand: this is what the innermost loop spends its time on.
-    struct Column {
-        Pixel weight[3];
-        std::size_t at; // in the sum
-    };
-    std::vector<Column> spread;
-    spread.reserve(columns.size());
-    for (const Taps& t : columns) {
-        const auto all = [](float w) { return Pixel{w, w, w, w}; };
-        spread.push_back({{all(t.weight[0]), all(t.weight[1]), all(t.weight[2])},
-                          static_cast<std::size_t>(t.first - from) * 4});
-    }
+    ColumnMixer mixer;
+    for (const Taps& t : columns)
+        mixer.append(t.first - from, t.weight);
+    const CheckerRows squares(job.checkers, left, job.opaque ? 0 : width);
     const bool premultiply = !job.opaque && !job.source.premultiplied;
     uchar* const bits = job.canvas.bits();
     imaging::parallelRows(
         job.covered.top(), job.covered.bottom() + 1, kRowsAtOnce, [&](int first, int last) {
-            const auto across = static_cast<std::size_t>(to - from);
-            // Two more pixels for neighbours past the end.
-            std::vector<float> sum((across + 2) * 4);
+            Sums sums;
             // Neighbouring rows of the screen share rows of the picture.
             std::array<std::vector<std::uint32_t>, 3> kept;
             std::array<int, 3> keptRow = {-1, -1, -1};
-            const auto source = [&](int y) -> const std::uint32_t* {
+            const auto source = [&](int y, bool needed) -> const std::uint32_t* {
+                if (!needed)
+                    return nullptr;
                 const std::uint32_t* const row = job.source.row(y) + from;
                 if (!premultiply)
                     return row;
                 const auto slot = static_cast<std::size_t>(y % 3);
-                if (keptRow[slot] != y) {
-                    keptRow[slot] = y;
-                    kept[slot].resize(across);
-                    std::transform(row, row + across, kept[slot].begin(), premultiplied);
+                if (std::exchange(keptRow[slot], y) != y) {
+                    kept[slot].resize(static_cast<std::size_t>(to - from));
+                    premultiplyRow(row, to - from, kept[slot].data());
                 }
                 return kept[slot].data();
             };
             for (int y = first; y < last; ++y) {
                 const Taps& v = rows[static_cast<std::size_t>(y - job.covered.top())];
-                const int lowest = job.source.height - 1;
-                sumRows({source(v.first), source(std::min(v.first + 1, lowest)),
-                         source(std::min(v.first + 2, lowest))},
-                        v.weight, to - from, sum.data());
-                QRgb* const out = job.canvasRow(bits, y);
-                const CheckerRow squares(job.checkers, y);
-                for (int x = 0; x < width; ++x) {
-                    const Column& h = spread[static_cast<std::size_t>(x)];
-                    const float* const p0 = &sum[h.at];
-                    Pixel p = load(p0) * h.weight[0] + load(p0 + 4) * h.weight[1] +
-                              load(p0 + 8) * h.weight[2];
-                    if (!job.opaque) {
-                        const QRgb square = squares.at(left + x);
-                        const Pixel below = {float(qRed(square)), float(qGreen(square)),
-                                             float(qBlue(square)), 255};
-                        p += below * (1 - p[3] * (1 / 255.0f));
-                    }
-                    const Whole w = __builtin_convertvector(p + 0.5f, Whole);
-                    out[x] = 0xff000000 | (QRgb(w[0]) << 16) | (QRgb(w[1]) << 8) | QRgb(w[2]);
-                }
+                sumRows({source(v.first, true), source(v.first + 1, v.weight[1] != 0),
+                         source(v.first + 2, v.weight[2] != 0)},
+                        v.weight, to - from, sums);
+                mixer.mix(sums, job.opaque ? nullptr : squares.at(y), job.canvasRow(bits, y));
             }
         });
 }
@@ -281,18 +231,10 @@ int availableLevel(const PicturePyramid& pyramid, double scale)
 
 void drawCheckers(const Checkers& checkers, const QRect& part, QImage& canvas)
 {
-    uchar* const bits = canvas.bits();
-    for (int y = 0; y < part.height(); ++y) {
-        auto* const out = reinterpret_cast<QRgb*>(bits + y * canvas.bytesPerLine());
-        if (y > 0 && CheckerRow::sameAsAbove(checkers, part.top() + y)) {
-            std::memcpy(out, bits + (y - 1) * canvas.bytesPerLine(),
-                        sizeof(QRgb) * std::size_t(part.width()));
-            continue;
-        }
-        const CheckerRow squares(checkers, part.top() + y);
-        for (int x = 0; x < part.width(); ++x)
-            out[x] = squares.at(part.left() + x);
-    }
+    const CheckerRows squares(checkers, part.left(), part.width());
+    for (int y = 0; y < part.height(); ++y)
+        toScreenRow(squares.at(part.top() + y), part.width(),
+                    reinterpret_cast<QRgb*>(canvas.scanLine(y)));
 }
 
 void drawPixels(const PicturePyramid& pyramid, const QRectF& target, bool smooth,
@@ -307,16 +249,22 @@ void drawPixels(const PicturePyramid& pyramid, const QRectF& target, bool smooth
     const PixelRows& source = pyramid.level(level);
     // Levels are cut up to whole pixels: their own width says too little.
     const double reduction = std::ldexp(1.0, level);
+    // Rectangles in points do not come out whole to the last digit.
+    const auto step = [reduction](double scale, int count) {
+        const double exact = 1 / (scale * reduction);
+        return std::abs(exact - 1) * count < 0.25 ? 1 : exact;
+    };
     const Job job = {source,
                      pyramid.isOpaque(),
                      target,
-                     1 / (scaleX * reduction),
-                     1 / (scaleY * reduction),
+                     step(scaleX, source.width),
+                     step(scaleY, source.height),
                      covered,
                      part,
                      checkers,
                      canvas};
-    const bool exact = scaleX == 1 && scaleY == 1;
+    // Pixels of a level that are as large as those of the screen need no averaging either.
+    const bool exact = job.stepX == 1 && job.stepY == 1;
     if (!smooth && (exact || std::min(scaleX, scaleY) >= 2)) {
         drawNearest(job);
         return;
