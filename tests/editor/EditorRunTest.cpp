@@ -12,16 +12,19 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QSlider>
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QTableView>
+#include <QTextBrowser>
 #include <QUndoStack>
 #include <QWindow>
 
 #include <condition_variable>
 #include <fstream>
 #include <mutex>
+#include <unistd.h>
 
 using foundation::Dictionary;
 using foundation::PictureRef;
@@ -77,7 +80,6 @@ private:
     std::shared_ptr<State> _state = std::make_shared<State>();
 };
 
-// The end of the form's name in the log.
 constexpr const char* kNoForm = "Failed to load ImageEditor.nib";
 
 } // namespace
@@ -169,4 +171,622 @@ TEST_F(EditorRun, HandsBackTheEffectThatIsShown)
     EXPECT_EQ(handed.intValue("GLIFRandomSeed", -1), 0);
     EXPECT_TRUE(same(controller.outputImage(), applied("CITwirlDistortion", handed, picture)));
     EXPECT_THAT(controller.record().steps, SizeIs(1));
+}
+
+TEST_F(EditorRun, EndsWithoutAResultWhenItIsCancelledOrClosed)
+{
+    const PictureRef picture = photo();
+    const std::function<void()> ways[] = {
+        [&] { cancel(); },
+        [&] {
+            leave();
+            window().close();
+        },
+        [] {}, // the script's own end
+    };
+    for (const auto& way : ways) {
+        EXPECT_FALSE(edit(picture, [&] {
+            choose("CIColorInvert");
+            way();
+        }));
+        EXPECT_FALSE(window().isVisible());
+        // The last preview can still be asked for.
+        EXPECT_FALSE(same(controller.outputImage(), picture));
+    }
+    const QMainWindow* const former = &window();
+    EXPECT_TRUE(edit(picture, [&] {
+        EXPECT_EQ(&window(), former);
+        EXPECT_EQ(controller.outputImage(), picture);
+        EXPECT_EQ(controller.filterName(), "Crop");
+        accept();
+    }));
+}
+
+TEST_F(EditorRun, EndsWhenTheApplicationQuitsAndIsNoReasonForItToQuit)
+{
+    bool accepted = true, goesOn = false;
+    QTimer::singleShot(0, &controller, [&] {
+        EXPECT_FALSE(edit(photo(), [&] { cancel(); }));
+        // Its last window closed.
+        QTimer::singleShot(0, &controller, [&] {
+            goesOn = true;
+            accepted = edit(photo(), [&] {
+                leave();
+                QCoreApplication::quit();
+            });
+        });
+    });
+    QApplication::exec();
+    EXPECT_TRUE(goesOn);
+    EXPECT_FALSE(accepted);
+    EXPECT_FALSE(window().isVisible());
+    // A loop of an application that is about to go never begins.
+    EXPECT_TRUE(edit(photo(), [&] { accept(); }));
+}
+
+TEST_F(EditorRun, AcceptingWaitsForTheResultOnItsWay)
+{
+    Gate gate;
+    const PictureRef picture = gate.picture();
+    Dictionary attributes;
+    EXPECT_TRUE(edit(picture, [&] {
+        controller.chooseEntry("CIColorInvert");
+        attributes = controller.attributes();
+        EXPECT_TRUE(controller.isWaiting());
+        accept();
+        EXPECT_TRUE(window().isVisible());
+        EXPECT_TRUE(parts()._busyView->isVisible());
+        EXPECT_TRUE(parts()._buttonCancel->isEnabled());
+        EXPECT_TRUE(parts()._stopButton->isEnabled());
+        for (const QWidget* held : std::initializer_list<const QWidget*>{
+                 parts()._buttonSet, parts()._tableView, parts()._applyButton, parts()._scaleSlider,
+                 parts()._pictureView})
+            EXPECT_FALSE(held->isEnabled()) << held->objectName().toStdString();
+        EXPECT_FALSE(QTest::qWaitFor([&] { return !window().isVisible(); }, 50));
+        gate.open();
+    }));
+    EXPECT_TRUE(same(controller.outputImage(), applied("CIColorInvert", attributes, photo())));
+    EXPECT_EQ(controller.runner().counters().results, 1);
+
+    // Nothing of the waiting is left in the next run.
+    EXPECT_TRUE(edit(photo(), [&] {
+        EXPECT_TRUE(parts()._tableView->isEnabled());
+        EXPECT_TRUE(parts()._buttonSet->isEnabled());
+        accept();
+    }));
+}
+
+TEST_F(EditorRun, CancellingDoesNotWait)
+{
+    Gate gate;
+    EXPECT_FALSE(edit(gate.picture(), [&] {
+        controller.chooseEntry("CIColorInvert");
+        accept();
+        cancel();
+    }));
+    EXPECT_FALSE(controller.isWaiting());
+    EXPECT_FALSE(controller.runner().isBusy());
+}
+
+TEST_F(EditorRun, AStoppedResultIsBegunAgainWhenItIsAccepted)
+{
+    const PictureRef picture = photo();
+    Gate gate;
+    const PictureRef gated = gate.picture();
+    EXPECT_TRUE(edit(gated, [&] {
+        controller.chooseEntry("CIColorInvert");
+        accept();
+        controller.runner().stop();
+        waitForResult();
+        EXPECT_TRUE(window().isVisible());
+        EXPECT_TRUE(parts()._tableView->isEnabled());
+        EXPECT_EQ(controller.outputImage(), gated);
+        gate.open();
+        accept();
+    }));
+    EXPECT_TRUE(
+        same(controller.outputImage(), applied("CIColorInvert", controller.attributes(), picture)));
+}
+
+TEST_F(EditorRun, SelectingTakesThePictureAsItIsAtOnce)
+{
+    Gate gate;
+    const PictureRef picture = gate.picture();
+    EXPECT_TRUE(edit(picture, [&] {
+        controller.chooseEntry("CIColorInvert");
+        EXPECT_TRUE(controller.isWaiting());
+        controller.chooseEntry("Crop");
+        EXPECT_FALSE(controller.isWaiting());
+        EXPECT_FALSE(controller.runner().isBusy());
+        EXPECT_EQ(view().picture(), picture);
+        accept();
+    }));
+    EXPECT_EQ(controller.outputImage(), picture);
+    EXPECT_THAT(controller.record().steps, IsEmpty());
+}
+
+TEST_F(EditorRun, IsOneAtATimeAndBlocksTheHostsWindows)
+{
+    QWidget host;
+    host.resize(200, 100);
+    host.show();
+    LogLines log;
+    EXPECT_TRUE(edit(photo(), [&] {
+        EXPECT_EQ(QApplication::activeModalWidget(), &window());
+        const PictureRef shown = view().picture();
+        EXPECT_FALSE(controller.startEditorUseSelectionWithRect(plainPicture(9, 9), false, {}));
+        EXPECT_FALSE(controller.startGeneratorWithRect(nullptr, {0, 0, 9, 9}));
+        EXPECT_EQ(view().picture(), shown);
+        QWidget* const target = &host;
+        struct Presses : QObject {
+            int count = 0;
+            bool eventFilter(QObject*, QEvent* event) override
+            {
+                count += event->type() == QEvent::MouseButtonPress;
+                return false;
+            }
+        } presses;
+        target->installEventFilter(&presses);
+        QTest::mouseClick(target->windowHandle(), Qt::LeftButton, {}, {10, 10});
+        EXPECT_EQ(presses.count, 0);
+        accept();
+    }));
+    EXPECT_THAT(log.lines, ElementsAre("The image editor is open already",
+                                       "The image editor is open already"));
+}
+
+TEST_F(EditorRun, FitsTheZoomToThePictureAndKeepsWhatThePersonSets)
+{
+    // A blank of the rectangle's size.
+    EXPECT_FALSE(generate(Size{640, 480}, [&] {
+        EXPECT_EQ(controller.selectedTab(), "generators");
+        EXPECT_EQ(parts()._helpTabView->currentIndex(), 1);
+        EXPECT_EQ(controller.picture()->size(), (Size{640, 480}));
+        waitForResult();
+        EXPECT_EQ(view().picture()->size(), (Size{640, 480}));
+        const QSize content = parts()._scrollView->contentSize();
+        const double fitted = std::min(0.8 * content.width() / 640, 0.8 * content.height() / 480);
+        EXPECT_FLOAT_EQ(view().getScaleFactor(), static_cast<float>(fitted));
+        EXPECT_EQ(parts()._scaleSlider->value(), qRound((fitted - 1) * 800));
+        EXPECT_EQ(parts()._scaleLabel->text(), QString::number(qRound(fitted * 100)) + "%");
+
+        const std::pair<int, float> scales[] = {{800, 2}, {-800, 0.5f}, {0, 1}, {1600, 3}};
+        for (const auto& [slider, scale] : scales) {
+            parts()._scaleSlider->setValue(slider);
+            EXPECT_FLOAT_EQ(view().getScaleFactor(), scale);
+        }
+        choose("GLIF_Plasma");
+        EXPECT_FLOAT_EQ(view().getScaleFactor(), 3);
+    }));
+
+    EXPECT_TRUE(edit(plainPicture(4000, 3000), [&] {
+        const double fitted = double(view().getScaleFactor());
+        EXPECT_LT(fitted, 0.5);
+        // The slider stands where another scale would put it, until the wheel is turned.
+        EXPECT_EQ(parts()._scaleSlider->value(), qRound((fitted - 1) * 800));
+        view().scrollWheel(1);
+        const double wheeled = double(view().getScaleFactor());
+        EXPECT_EQ(parts()._scaleSlider->value(), qRound(-(1 / wheeled - 1) * 800));
+        EXPECT_FLOAT_EQ(view().getScaleFactor(), static_cast<float>(wheeled));
+        accept();
+    }));
+}
+
+TEST_F(EditorRun, GeneratesAnewAndBack)
+{
+    const PictureRef base = plainPicture(80, 60);
+    EXPECT_TRUE(generate(base, [&] {
+        choose("GLIF_Plasma");
+        EXPECT_FALSE(parts()._undoButton->isEnabled());
+        EXPECT_FALSE(parts()._redoButton->isEnabled());
+        const PictureRef first = controller.outputImage();
+        click(parts()._generateButton);
+        waitForResult();
+        const PictureRef second = controller.outputImage();
+        const std::uint32_t seed = controller.randomSeed();
+        EXPECT_LT(seed, 1'000'000u);
+        EXPECT_FALSE(same(first, second));
+        EXPECT_TRUE(parts()._undoButton->isEnabled());
+        EXPECT_FALSE(parts()._redoButton->isEnabled());
+
+        click(parts()._undoButton);
+        waitForResult();
+        EXPECT_EQ(controller.randomSeed(), 0u);
+        EXPECT_TRUE(same(controller.outputImage(), first));
+        EXPECT_FALSE(parts()._undoButton->isEnabled());
+        EXPECT_TRUE(parts()._redoButton->isEnabled());
+
+        click(parts()._redoButton);
+        waitForResult();
+        EXPECT_EQ(controller.randomSeed(), seed);
+        EXPECT_TRUE(same(controller.outputImage(), second));
+
+        // After another seed is taken back, a new one leads back to what was seen.
+        click(parts()._undoButton);
+        controller.generateWithSeed(77);
+        controller.undoButton();
+        waitForResult();
+        EXPECT_EQ(controller.randomSeed(), 0u);
+        EXPECT_TRUE(same(controller.outputImage(), first));
+
+        controller.redoButton();
+        waitForResult();
+        EXPECT_EQ(controller.attributes().intValue("GLIFRandomSeed", -1), 77);
+        const int results = controller.runner().counters().results;
+        accept();
+        EXPECT_EQ(controller.runner().counters().results, results);
+    }));
+    EXPECT_TRUE(
+        same(controller.outputImage(), applied("GLIF_Plasma", controller.attributes(), base, 77)));
+    const plugin::EditRecord record = controller.record();
+    ASSERT_THAT(record.steps, SizeIs(1));
+    EXPECT_EQ(record.steps[0].applied->identifier, "GLIF_Plasma");
+    EXPECT_EQ(record.steps[0].applied->seed, 77u);
+    EXPECT_EQ(record.size, (Size{80, 60}));
+    // A step of this run is no step of the next.
+    EXPECT_FALSE(generate(base, [&] { EXPECT_FALSE(parts()._undoButton->isEnabled()); }));
+}
+
+TEST_F(EditorRun, AppliesOnTopOfWhatIsShown)
+{
+    const PictureRef picture = photo();
+    PictureRef inverted;
+    EXPECT_TRUE(edit(picture, [&] {
+        choose("CIColorInvert");
+        inverted = controller.outputImage();
+        const int results = controller.runner().counters().results;
+        click(parts()._applyButton);
+        EXPECT_EQ(controller.picture(), inverted);
+        EXPECT_EQ(view().original(), inverted);
+        EXPECT_EQ(controller.outputImage(), inverted);
+        EXPECT_THAT(controller.record().steps, SizeIs(1));
+        click(parts()._applyButton); // nothing more to apply
+        EXPECT_THAT(controller.record().steps, SizeIs(1));
+
+        click(parts()._undoButton);
+        EXPECT_EQ(controller.picture(), picture);
+        EXPECT_EQ(controller.outputImage(), inverted);
+        click(parts()._redoButton);
+        EXPECT_EQ(controller.picture(), inverted);
+        EXPECT_FALSE(controller.isWaiting());
+        EXPECT_EQ(controller.runner().counters().results, results);
+
+        choose("CIFSobel");
+        accept();
+    }));
+    EXPECT_TRUE(
+        same(controller.outputImage(), applied("CIFSobel", controller.attributes(), inverted)));
+    const plugin::EditRecord record = controller.record();
+    ASSERT_THAT(record.steps, SizeIs(2));
+    EXPECT_EQ(record.steps[0].applied->identifier, "CIColorInvert");
+    EXPECT_EQ(record.steps[1].applied->identifier, "CIFSobel");
+}
+
+TEST_F(EditorRun, ApplyingWaitsForTheResultOnItsWay)
+{
+    Gate gate;
+    EXPECT_TRUE(edit(gate.picture(), [&] {
+        controller.chooseEntry("CIColorInvert");
+        click(parts()._applyButton);
+        gate.open();
+        waitForResult();
+        EXPECT_EQ(controller.picture(), controller.outputImage());
+        EXPECT_THAT(controller.record().steps, SizeIs(1));
+        accept();
+    }));
+}
+
+// The size sheet of the run: opened by its button, filled in, and left.
+class EditorSizes : public EditorRun {
+protected:
+    QDialog& sheet() { return *CIFImageInfoController::sharedImageInfoTool().window(); }
+    void open()
+    {
+        click(parts()._sizeButton);
+        ASSERT_NE(CIFImageInfoController::sharedImageInfoTool().window(), nullptr);
+        ASSERT_TRUE(sheet().isVisible());
+    }
+    void type(const char* width, const char* height)
+    {
+        // Width first would change the height with it.
+        sheet().findChild<QCheckBox*>("_constrainProportionsButton")->setChecked(false);
+        const std::pair<const char*, const char*> texts[] = {{"_widthTextField", width},
+                                                             {"_heightTextField", height}};
+        for (const auto& [name, text] : texts) {
+            auto* field = sheet().findChild<QLineEdit*>(name);
+            field->selectAll();
+            QTest::keyClicks(field, text);
+        }
+    }
+    void press(QDialogButtonBox::StandardButton button)
+    {
+        click(sheet().findChild<QDialogButtonBox*>()->button(button));
+        waitForResult();
+    }
+};
+
+TEST_F(EditorSizes, StretchesThePicture)
+{
+    const PictureRef picture = photo();
+    EXPECT_TRUE(edit(picture, Rect{1, 2, 30, 20}, [&] {
+        choose("CIColorInvert");
+        choose("Crop");
+        open();
+        EXPECT_EQ(sheet().findChild<QLineEdit*>("_widthTextField")->text(), "96");
+        EXPECT_TRUE(sheet().findChild<QCheckBox*>("_constrainProportionsButton")->isChecked());
+        type("48", "80");
+        press(QDialogButtonBox::Ok);
+        EXPECT_EQ(view().picture()->size(), (Size{48, 80}));
+        EXPECT_FALSE(controller.isSelected());
+        // The centre stays the centre.
+        EXPECT_EQ(view().pickPoint(), (Point{24, 40}));
+        choose("CIColorInvert");
+        accept();
+    }));
+    EXPECT_EQ(controller.outputImage()->size(), (Size{48, 80}));
+    const auto stretched = drawing::Picture::fromBitmap(picture->bitmapOfSize(48, 80));
+    EXPECT_TRUE(same(controller.outputImage(),
+                     applied("CIColorInvert", controller.attributes(), stretched)));
+    const plugin::EditRecord record = controller.record();
+    ASSERT_THAT(record.steps, SizeIs(1));
+    EXPECT_EQ(record.steps[0].resized, (Size{48, 80}));
+    EXPECT_EQ(record.steps[0].applied->identifier, "CIColorInvert");
+}
+
+TEST_F(EditorSizes, FitsAThumbnailOnWhite)
+{
+    const support::Rgba red = {0.8f, 0.2f, 0.1f, 1}, white = {1, 1, 1, 1};
+    for (const imaging::PixelFormat format :
+         {imaging::PixelFormat::Rgba8, imaging::PixelFormat::Rgba16}) {
+        const PictureRef picture = drawing::Picture::fromBitmap(support::converted(
+            *support::bitmapFrom(200, 100, [=](int, int) { return red; }), format));
+        EXPECT_TRUE(edit(picture, [&] {
+            open();
+            click(sheet().findChild<QCheckBox*>("_makeThumbnailButton"));
+            type("100", "100");
+            press(QDialogButtonBox::Ok);
+            accept();
+        }));
+        const auto pixels = pixelsOf(controller.outputImage());
+        EXPECT_EQ(pixels->format(), format);
+        ASSERT_EQ(pixels->width(), 100);
+        for (const auto& [y, color] : {std::pair(24, white), {25, red}, {74, red}, {75, white}})
+            for (const int x : {0, 99}) {
+                EXPECT_NEAR(support::pixel(*pixels, x, y).g, color.g, 0.002) << x << ", " << y;
+                EXPECT_NEAR(support::pixel(*pixels, x, y).r, color.r, 0.002) << x << ", " << y;
+            }
+        EXPECT_TRUE(controller.record().steps.at(0).asThumbnail);
+    }
+}
+
+TEST_F(EditorSizes, GivesAGeneratorAnotherBlank)
+{
+    EXPECT_TRUE(generate(Size{64, 48}, [&] {
+        choose("GLIF_Plasma");
+        controller.generateWithSeed(5);
+        waitForResult();
+        open();
+        EXPECT_FALSE(sheet().findChild<QCheckBox*>("_makeThumbnailButton")->isEnabled());
+        EXPECT_FALSE(sheet().findChild<QCheckBox*>("_constrainProportionsButton")->isChecked());
+        const float before = view().getScaleFactor();
+        type("100", "30");
+        press(QDialogButtonBox::Ok);
+        EXPECT_EQ(view().picture()->size(), (Size{100, 30}));
+        EXPECT_NE(view().getScaleFactor(), before);
+
+        // Cancelling answers what the fields show, too; the same size is no change.
+        const int results = controller.runner().counters().results;
+        open();
+        press(QDialogButtonBox::Cancel);
+        EXPECT_EQ(controller.runner().counters().results, results);
+        open();
+        type("90", "60");
+        press(QDialogButtonBox::Cancel);
+        EXPECT_EQ(view().picture()->size(), (Size{90, 60}));
+        click(parts()._undoButton);
+        waitForResult();
+        EXPECT_EQ(view().picture()->size(), (Size{100, 30}));
+        accept();
+    }));
+    const PictureRef blank = drawing::Picture::blank({100, 30});
+    EXPECT_TRUE(
+        same(controller.outputImage(), applied("GLIF_Plasma", controller.attributes(), blank, 5)));
+    EXPECT_EQ(controller.record().size, (Size{100, 30}));
+}
+
+TEST_F(EditorSizes, SaysSoWhenThereCanBeNoSuchPicture)
+{
+    LogLines log;
+    const PictureRef picture = photo();
+    const std::function<void(const std::function<void()>&)> runs[] = {
+        [&](const auto& script) { EXPECT_TRUE(edit(picture, script)); },
+        [&](const auto& script) { EXPECT_TRUE(generate(picture, script)); }};
+    for (const auto& run : runs) {
+        log.lines.clear();
+        run([&] {
+            waitForResult();
+            const PictureRef shown = view().picture();
+            open();
+            type("100000", "100000");
+            press(QDialogButtonBox::Ok);
+            EXPECT_THAT(log.lines, SizeIs(1));
+            EXPECT_FALSE(parts()._statusLabel->text().isEmpty());
+            EXPECT_EQ(controller.picture(), picture);
+            EXPECT_EQ(view().picture(), shown);
+            accept();
+        });
+    }
+    log.lines.clear();
+    EXPECT_FALSE(generate(Size{100000, 100000}, [] {}));
+    EXPECT_FALSE(generate(Size{-5, 1e30}, [] {}));
+    EXPECT_THAT(log.lines, SizeIs(2));
+}
+
+TEST_F(EditorSizes, ClosesTheSheetWithTheRun)
+{
+    const PictureRef picture = photo();
+    EXPECT_FALSE(edit(picture, [&] {
+        open();
+        type("10", "10");
+    }));
+    EXPECT_FALSE(sheet().isVisible());
+    EXPECT_EQ(controller.outputImage(), picture);
+}
+
+TEST_F(EditorRun, SaysWhatIsMissing)
+{
+    const TemporaryFolder nothing;
+    LogLines log;
+    {
+        const Variable content("CIF_CONTENT_LIBRARY", nothing.path().string());
+        EXPECT_TRUE(edit(photo(), [&] {
+            choose("CIColorInvert");
+            const PictureRef shown = view().picture();
+            choose("CIGlassDistortion");
+            choose("CIShadedMaterial");
+            EXPECT_THAT(log.lines,
+                        ElementsAre("can't locate glass texture", "can't locate shading material"));
+            EXPECT_EQ(view().picture(), shown);
+            EXPECT_EQ(parts()._texturePopUpButton10->count(), 1); // "Other..."
+            EXPECT_EQ(parts()._texturePopUpButton20->count(), 0);
+            accept();
+        }));
+    }
+    log.lines.clear();
+    EXPECT_TRUE(edit(nullptr, [&] {
+        click(parts()._applyButton);
+        EXPECT_THAT(log.lines, ElementsAre("no image to apply"));
+        accept();
+    }));
+    EXPECT_EQ(controller.outputImage(), nullptr);
+}
+
+TEST_F(EditorRun, NeedsItsForm)
+{
+    const TemporaryFolder folder;
+    LogLines log;
+    {
+        const Variable resources("CIF_RESOURCES", folder.path().string());
+        EXPECT_FALSE(edit(photo(), [] {}));
+        folder.write("forms/ImageEditor.ui", "<ui version=\"4.0\"><widget class=");
+        EXPECT_FALSE(generate(Size{10, 10}, [] {}));
+        folder.write("forms/ImageEditor.ui",
+                     "<ui version=\"4.0\"><widget class=\"QMainWindow\" name=\"A\"/></ui>");
+        EXPECT_FALSE(edit(photo(), [] {}));
+    }
+    EXPECT_THAT(log.lines, ElementsAre(kNoForm, kNoForm, kNoForm));
+    EXPECT_EQ(controller.window(), nullptr);
+    // It is looked for again.
+    EXPECT_TRUE(edit(photo(), [&] { accept(); }));
+}
+
+TEST_F(EditorRun, HasNeitherListsNorMenusOnAnOlderPlatform)
+{
+    const Variable version("CIF_TOOLKIT_VERSION", "823.9");
+    EXPECT_TRUE(edit(photo(), [&] {
+        EXPECT_EQ(controller.plugIn(), nullptr);
+        EXPECT_EQ(parts()._tableView->model() ? parts()._tableView->model()->rowCount() : 0, 0);
+        EXPECT_EQ(parts()._texturePopUpButton10->count(), 0);
+        accept();
+    }));
+    EXPECT_FALSE(generate(Size{20, 10}, [&] { click(parts()._generateButton); }));
+}
+
+TEST_F(EditorRun, FillsItsMenusAndTexts)
+{
+    const TemporaryFolder content;
+    for (const char* name :
+         {"Textures/Glass Textures/Ripple", "Textures/Shading Materials/Tin",
+          "Textures/Shading Materials/Sand", "Textures/Shading Materials/brass", "Brushes/Dot"})
+        content.write(std::string(name) + ".jpg", "listed by its name alone");
+    const Variable variable("CIF_CONTENT_LIBRARY", content.path().string());
+    EXPECT_FALSE(edit(photo(), [&] {
+        const QComboBox& textures = *parts()._texturePopUpButton10;
+        ASSERT_EQ(textures.count(), 3); // with a separator
+        EXPECT_EQ(textures.itemData(0, Qt::UserRole), "Ripple");
+        EXPECT_EQ(textures.itemText(2), "Other...");
+        EXPECT_EQ(textures.itemData(2, Qt::UserRole + 1), 100);
+        const QComboBox& brushes = *parts()._dabsTypePopUpButton;
+        ASSERT_EQ(brushes.count(), 3);
+        EXPECT_EQ(brushes.itemText(0), "Dot");
+        EXPECT_FALSE(brushes.itemData(0, Qt::UserRole).isValid());
+        EXPECT_EQ(brushes.itemData(2, Qt::UserRole + 1), 100);
+        // One name is before all others, wherever it stands.
+        const QComboBox& materials = *parts()._texturePopUpButton20;
+        ASSERT_EQ(materials.count(), 3);
+        EXPECT_EQ(materials.itemData(0, Qt::UserRole), "Sand");
+        EXPECT_EQ(materials.itemData(1, Qt::UserRole), "brass");
+        EXPECT_EQ(materials.itemData(2, Qt::UserRole), "Tin");
+        for (const QTextBrowser* text : {parts().m_URLField, parts().m_URLField2})
+            EXPECT_EQ(text->toPlainText(), "Powered by Lumigrove");
+    }));
+}
+
+TEST_F(EditorRun, RemembersItsFrameAndDivider)
+{
+    QList<int> sizes;
+    EXPECT_FALSE(edit(photo(), [&] {
+        window().resize(900, 640);
+        sizes = parts()._splitter->sizes();
+        sizes[0] += 30;
+        sizes[1] -= 30;
+        parts()._splitter->setSizes(sizes);
+        sizes = parts()._splitter->sizes();
+    }));
+    CIFImageEditorController later;
+    QTimer::singleShot(0, &later, [&] {
+        EXPECT_EQ(later.window()->size(), QSize(900, 640));
+        EXPECT_EQ(later.outlets()._splitter->sizes(), sizes);
+        later.windowShouldClose();
+    });
+    EXPECT_FALSE(later.startEditorUseSelectionWithRect(photo(), false, {}));
+    editor::Preferences().clear();
+}
+
+// What one opening leaves behind would be there two hundred times.
+TEST_F(EditorRun, LeavesNothingBehind)
+{
+    std::vector<std::weak_ptr<const drawing::Picture>> pictures;
+    const auto openOnce = [&](int i) {
+        const bool generates = i % 4 == 3;
+        const PictureRef picture = plainPicture(640 + i % 3, 480);
+        pictures.push_back(picture);
+        const auto script = [&] {
+            choose(generates ? "GLIF_ColourBars" : "CIColorInvert");
+            if (i % 2) {
+                click(parts()._applyButton);
+                if (generates)
+                    controller.generateWithSeed(static_cast<std::uint32_t>(i));
+                waitForResult();
+            }
+            pictures.push_back(controller.picture());
+            accept();
+        };
+        EXPECT_TRUE(generates ? generate(picture, script) : edit(picture, script));
+    };
+    const auto objects = [&] {
+        return window().findChildren<QObject*>().size() + QApplication::topLevelWidgets().size() +
+               controller.findChildren<QObject*>().size();
+    };
+    const auto residentKilobytes = [] {
+        long pages = 0, resident = 0;
+        std::ifstream("/proc/self/statm") >> pages >> resident;
+        return resident * (sysconf(_SC_PAGESIZE) / 1024);
+    };
+    for (int i = 0; i < 20; ++i)
+        openOnce(i);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    const auto objectsBefore = objects();
+    const long before = residentKilobytes();
+    for (int i = 0; i < 200; ++i)
+        openOnce(i);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(objects(), objectsBefore);
+    // One picture kept each time would be 240 MB.
+    EXPECT_LT(residentKilobytes() - before, 12'000);
+    // All are gone but what the last run handed back.
+    const auto isThere = [](const auto& picture) { return !picture.expired(); };
+    const auto left = [&] { return std::count_if(pictures.begin(), pictures.end(), isThere); };
+    waitFor([&] { return left() <= 1; });
+    EXPECT_LE(left(), 1);
 }
