@@ -26,6 +26,7 @@
 #include <array>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -38,8 +39,18 @@ class QEventLoop;
 class QMainWindow;
 class QMenu;
 class QMenuBar;
+class QShortcut;
 class QTableView;
+class QTimer;
 class QToolBar;
+class QUndoStack;
+
+class CCColorSlider;
+
+namespace plugin {
+struct Entry;
+struct Parameter;
+} // namespace plugin
 
 namespace editor {
 class ColorWell;
@@ -157,6 +168,9 @@ public:
     QString identifierOfRow(int row) const;
     // The name of the entry's picture; empty when it has none.
     QString iconOfRow(int row) const;
+    // What the search looks in, folded: the entry's name, those of a group's entries and the
+    // category, in the user's language and in English.
+    QString searchWordsOfRow(int row) const;
 
     // tableViewSelectionDidChange:
     void tableViewSelectionDidChange(QTableView& list);
@@ -175,6 +189,12 @@ public:
     void tabViewDidSelectTabViewItem(QStackedWidget& tabView, const QString& identifier);
     // propertiesTabChange: — the entry of the toolbar item becomes the current one.
     void propertiesTabChange(QAction* sender);
+
+    // Shows the rows that have all the words of the search field, in the user's language or in
+    // English, in any order. Row numbers stay those of the catalogue.
+    void searchFieldDidChange();
+    // Chooses the first entry that the search has left.
+    void chooseFirstHit();
 
     // --- Parameter controls ---
 
@@ -213,9 +233,34 @@ public:
     // with "Sand" is always in order.
     static int sortShadingMateriaNames(const std::string& a, const std::string& b);
 
-    // Reset: every value of the current entry, or one, becomes what it starts with.
+    // Reset: every value of the current entry, or one, becomes what it starts with when the entry is
+    // chosen for the first time.
     void resetEntry();
     void resetValue(const std::string& key);
+
+    // --- Undo of parameter changes: on the stack of the picture view ---
+
+    // What the user can set of an entry.
+    struct ParameterState {
+        std::string identifier, group;
+        Dictionary attributes; // without what is only put in when they are handed over
+        Point center;
+        int textureItem = -1, materialItem = -1;
+        PictureRef customTexture, customBrush;
+        QString customTextureFile, customBrushFile;
+
+        friend bool operator==(const ParameterState&, const ParameterState&) = default;
+    };
+    ParameterState parameterState() const;
+    // Chooses the entry if it is another one, and applies it.
+    void setParameterState(const ParameterState& state);
+    // After the user changed something: a step that leads back to how things were at the last one.
+    // Changes of the same key are one step until the mouse is released, or for a second.
+    void parameterDidChange(const std::string& key, const QString& text);
+    // The next change is a step of its own.
+    void endChange();
+    // What a key is called in the user's language.
+    QString labelOfKey(const std::string& key) const;
 
     // --- Recipes, favourites, presets ---
 
@@ -294,6 +339,53 @@ private:
     void keepPointInPlace(Size before, Size now);
     plugin::EditRecord recordWithCurrentStep() const;
 
+    // The lists.
+    void connectLists();
+    void showListOfTab(const QString& identifier);
+    QTableView* listOfTab(const QString& identifier) const;
+    const editor::CatalogueModel* modelOfList(const QTableView* list) const;
+    void filterRows(QTableView& list, const editor::CatalogueModel& model);
+    std::string categoryOfRow(int row) const;
+    int firstHit() const; // -1 for none
+    bool searchKey(QEvent& event);
+    // The group that an entry is a member of; empty for none.
+    std::string groupOfEntry(const std::string& identifier) const;
+    void selectRow(QTableView& list, int row);
+    void updateReturnKey();
+    void showGeneratorPage(const std::string& identifier);
+    void selectColorPage(const QString& identifier);
+
+    // The parameter controls.
+    struct GeneratorControls {
+        Keys keys; // of the rows
+        std::vector<editor::DecimalControl*> sliders, textFields, steppers;
+        QComboBox* popUp = nullptr;
+    };
+    class ParameterStep;
+    void findGeneratorControls();
+    void bindGeneratorMenus();
+    void forgetControls();
+    void useFilterPage(const QString& identifier);
+    // The current effects set stays that of the tab.
+    std::optional<plugin::Entry> describedEntry(const std::string& identifier) const;
+    void bindFilterRow(std::size_t row, const plugin::Parameter& parameter);
+    void bindColorWell(std::size_t index, const plugin::Parameter& parameter);
+    void bindCheckBox(QCheckBox& box, const plugin::Parameter& parameter);
+    void clearFilterControls(std::size_t firstRow, std::size_t firstWell, bool keepsCheckBox);
+    void updateColorControls();
+    std::string keyOfWell(const editor::ColorWell& well) const;
+    std::string keyOfControl(const QWidget* widget) const; // empty for none
+    void changeColorOfWell(editor::ColorWell& well, const foundation::Color& color);
+    // By the user: undoable, and applied.
+    void changed(const std::string& key);
+    void centerMayHaveMoved();
+    void setStartingCenter();
+    void openPicture(const QString& title,
+                     void (CIFImageEditorController::*didEnd)(int, const QString&));
+    PictureRef readPictureOfUser(const QString& file);
+    bool entryHasInput(const std::string& key) const;
+    QUndoStack* undoStack() const;
+
     editor::EditorOutlets _outlets;
     QPointer<QMainWindow> _window;
     QPointer<QToolBar> _toolbar;
@@ -334,6 +426,22 @@ private:
     std::string _CIFGroupName; // empty for none
     Dictionary _filtersAttrData;
     std::uint32_t _randomSeed = 0;
+
+    std::map<std::string, GeneratorControls, std::less<>> _generatorControls;
+    GeneratorControls* _shownGenerator = nullptr; // whose page is bound
+    Keys _inputKeys;                     // of the current entry
+    std::map<std::string, QString> _labels; // of the keys of the current filter
+    std::map<std::string, std::string> _entryOfGroup; // the last one chosen
+    std::string _textureName, _materialName, _brushName; // of the pictures that are remembered
+    PictureRef _brushImage;
+    QShortcut* _acceptShortcut = nullptr;
+    bool _isChoosingRow = false; // the selection of a list follows, and chooses nothing
+
+    ParameterState _knownState; // where the next step leads back to
+    bool _isRestoring = false;
+    int _changeNumber = 0; // changes of one number are one step
+    std::string _changedKey;
+    QTimer* _changePause = nullptr;
 
     // The background pair of the colour page that is shown.
     QCheckBox* _useBackColorButton = nullptr;

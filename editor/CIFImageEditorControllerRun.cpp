@@ -148,6 +148,8 @@ void CIFImageEditorController::keepPointInPlace(Size before, Size now)
     view->setPickPoint(
         {picked.x * (now.width / before.width), picked.y * (now.height / before.height)});
     setCenterPoint(view->pickPoint());
+    // Not by the user.
+    _knownState.center = _point1;
 }
 
 void CIFImageEditorController::setCenterPoint(Point point)
@@ -178,6 +180,7 @@ void CIFImageEditorController::initRandomSeedWithValue(std::uint32_t seed)
 
 void CIFImageEditorController::applyCurrentFilter()
 {
+    centerMayHaveMoved();
     applyFilterWithAttributes(_CIFFilterName, _CIFAttributes);
 }
 

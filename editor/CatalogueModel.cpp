@@ -62,6 +62,7 @@ void CatalogueModel::reloadData()
         row.isSelectable = _controller.tableViewShouldSelectRow(i);
         row.identifier = _controller.identifierOfRow(i);
         row.icon = _controller.iconOfRow(i);
+        row.searchWords = _controller.searchWordsOfRow(i);
         _rows.push_back(std::move(row));
     }
     endResetModel();
@@ -94,6 +95,8 @@ QVariant CatalogueModel::data(const QModelIndex& index, int role) const
         return row.title.FTSeparatorCell;
     if (role == IdentifierRole)
         return row.isSelectable ? QVariant(row.identifier) : QVariant();
+    if (role == SearchRole)
+        return row.isSelectable ? QVariant(row.searchWords) : QVariant();
     if (index.column() == Title) {
         switch (role) {
         case Qt::DisplayRole:

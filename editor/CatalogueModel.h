@@ -30,6 +30,7 @@ public:
     enum Role {
         SeparatorRole = Qt::UserRole, // "FTSeparatorCell"
         IdentifierRole,               // of the entry; nothing for a category
+        SearchRole,                   // what the search looks in; nothing for a category
     };
 
     explicit CatalogueModel(const CIFImageEditorController& controller, QObject* parent = nullptr);
@@ -50,6 +51,7 @@ private:
         CellValue title, mark;
         QString identifier; // null for a category
         QString icon;
+        QString searchWords;
         bool isSelectable = false;
     };
 

@@ -29,6 +29,7 @@ public:
     double minValue() const { return _minValue; }
     double maxValue() const { return _maxValue; }
     double increment() const { return _increment; }
+    bool takesWholeNumbers() const { return _wholeNumbers; }
     // Sends no action. The increment is one step of an arrow key; ten are one of a page key. The
     // ends may come in either order; one that is no finite number counts as 0, an increment that is
     // none as what incrementForRange says.

@@ -130,6 +130,13 @@ struct Category {
 foundation::DictionaryRef describeCategory(const Category& category, bool newerToolkit,
                                            std::string (*display)(std::string_view));
 
+// What a generator and its category are called before translation; empty when there is no such
+// generator.
+struct EnglishNames {
+    std::string_view entry, category;
+};
+EnglishNames generatorNamesInEnglish(std::string_view identifier);
+
 // The descriptors in a list of categories as the plug-in object answers it: every entry in order,
 // each group before its members.
 std::vector<foundation::DictionaryRef> allDescriptors(const foundation::ArrayRef& categories);

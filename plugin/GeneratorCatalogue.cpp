@@ -56,6 +56,15 @@ constexpr Category kCategories[] = {
 
 } // namespace
 
+EnglishNames generatorNamesInEnglish(std::string_view identifier)
+{
+    for (const Category& category : kCategories)
+        for (const Row& row : category.rows)
+            if (row.identifier == identifier)
+                return {row.name, category.name};
+    return {};
+}
+
 } // namespace plugin
 
 ICoreImageFilter::ArrayRef CIFMain::initGLIFList()
