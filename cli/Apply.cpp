@@ -1,26 +1,15 @@
-// cif apply: a filter, or the steps of a recipe, on a picture file.
+// cif apply: a filter, the steps of a recipe, or only another size, on a picture file.
 #include "cli/Steps.h"
 
 namespace cli {
-
-namespace {
-
-bool isSameFile(const std::string& input, const Output& output)
-{
-    std::error_code error;
-    return input != "-" && !output.file.empty() &&
-           std::filesystem::equivalent(input, output.file, error);
-}
-
-} // namespace
 
 Outcome<> apply(const ApplyOptions& options)
 {
     const Outcome<Output> output = openOutput(options.output);
     if (!output)
         return std::unexpected(output.error());
-    if (!options.inPlace && isSameFile(options.input, *output))
-        return wrongUsage("OUTPUT is INPUT itself; add --in-place to replace it");
+    if (auto done = checkReplacing(options.input, *output, options.inPlace); !done)
+        return done;
 
     CIFMain main;
     const Outcome<std::vector<Step>> steps = stepsOf(main, options.steps);
@@ -33,8 +22,14 @@ Outcome<> apply(const ApplyOptions& options)
         return std::unexpected(input.error());
 
     Progress progress(main, options.steps, *input);
+    if (options.resize)
+        if (auto done = progress.resize(*options.resize); !done)
+            return done;
     for (const Step& step : *steps)
         if (auto done = progress.run(step); !done)
+            return done;
+    if (options.crop)
+        if (auto done = progress.crop(*options.crop); !done)
             return done;
     return progress.write(*output);
 }

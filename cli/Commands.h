@@ -2,6 +2,7 @@
 #pragma once
 
 #include "cli/Report.h"
+#include "platform/foundation/Geometry.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -29,7 +30,8 @@ struct StepOptions {
     std::vector<std::string> set; // KEY=VALUE
     bool noDefaults = false;
     bool unchecked = false;
-    std::string recipeFile; // a recipe or a picture that carries one
+    std::vector<std::string> then; // further steps, each a line of a recipe
+    std::string recipeFile;        // a recipe or a picture that carries one
     std::optional<std::uint32_t> seed;
 };
 
@@ -40,23 +42,45 @@ struct OutputOptions {
     int quality = 92;
 };
 
+struct PixelSize {
+    int width = 0, height = 0;
+};
+
+struct Resizing {
+    PixelSize size;
+    bool asThumbnail = false; // fitted on white, not stretched
+};
+
 struct ApplyOptions {
-    StepOptions steps;
-    std::string input; // "-" for standard input
+    StepOptions steps;                    // without a name or a recipe there are none
+    std::string input;                    // "-" for standard input
+    std::optional<Resizing> resize;       // before the steps
+    std::optional<foundation::Rect> crop; // of the result, in points, y up
     OutputOptions output;
     bool inPlace = false;
 };
 
 struct GenerateOptions {
     StepOptions steps;
-    int width = 0, height = 0;
+    PixelSize size;
+    std::optional<Resizing> resize;       // after the steps
+    std::optional<foundation::Rect> crop; // then
     OutputOptions output;
     std::string traceFile;
+};
+
+struct EditOptions {
+    std::string input;                 // "-" for standard input; not when a new picture is made
+    std::optional<PixelSize> generate; // its size
+    OutputOptions output;
+    bool inPlace = false;
+    bool printCommand = false;
 };
 
 Outcome<> list(const ListOptions& options);
 Outcome<> describe(const DescribeOptions& options);
 Outcome<> apply(const ApplyOptions& options);
 Outcome<> generate(const GenerateOptions& options);
+Outcome<> edit(const EditOptions& options);
 
 } // namespace cli

@@ -38,11 +38,11 @@ Outcome<> generate(const GenerateOptions& options)
         return wrongUsage(first.identifier + " is a filter and needs a picture: use cif apply");
     if (auto done = checkFormat(*steps, *output); !done)
         return done;
-    if (const auto fits = plugin::fitsMemory(options.width, options.height); !fits)
+    if (const auto fits = plugin::fitsMemory(options.size.width, options.size.height); !fits)
         return noPicture(fits.error());
 
     Progress progress(main, options.steps, nullptr);
-    progress.startWithSize({double(options.width), double(options.height)});
+    progress.startWithSize({double(options.size.width), double(options.size.height)});
     std::string trace;
     for (const Step& step : *steps) {
         if (auto done = progress.run(step); !done)
@@ -50,6 +50,12 @@ Outcome<> generate(const GenerateOptions& options)
         if (trace.empty() && !traceFile.empty())
             trace = traceOf(*progress.picture(), progress.randomDraws());
     }
+    if (options.resize)
+        if (auto done = progress.resize(*options.resize); !done)
+            return done;
+    if (options.crop)
+        if (auto done = progress.crop(*options.crop); !done)
+            return done;
     if (traceFile.empty())
         return progress.write(*output);
 

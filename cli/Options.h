@@ -13,7 +13,9 @@ struct Information {
 };
 
 struct Invocation {
-    std::variant<Information, ListOptions, DescribeOptions, ApplyOptions, GenerateOptions> command;
+    std::variant<Information, ListOptions, DescribeOptions, ApplyOptions, GenerateOptions,
+                 EditOptions>
+        command;
     Loudness loudness = Loudness::Normal;
 };
 

@@ -8,7 +8,7 @@
 
 namespace cli {
 
-enum ExitStatus { kDone = 0, kNoPicture = 1, kWrongUsage = 2, kInterrupted = 130 };
+enum ExitStatus { kDone = 0, kNoPicture = 1, kWrongUsage = 2, kCancelled = 3, kInterrupted = 130 };
 
 struct Failure {
     ExitStatus status;

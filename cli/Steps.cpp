@@ -3,6 +3,7 @@
 
 #include "cli/Names.h"
 #include "generators/Random.h"
+#include "plugin/Resizing.h"
 
 #include <algorithm>
 #include <chrono>
@@ -14,6 +15,9 @@ namespace cli {
 namespace {
 
 constexpr std::size_t kLargestRecipe = std::size_t{16} << 20;
+
+constexpr const char* kMakesPixels =
+    " makes pixels; pdf, svg and eps hold drawings: use png, jpg, tif or webp";
 
 plugin::Checking checkingOf(const StepOptions& options)
 {
@@ -57,7 +61,8 @@ Outcome<plugin::Recipe> recipeFrom(const std::string& file)
     return *std::move(recipe);
 }
 
-Outcome<plugin::Recipe> recipeOf(const StepOptions& options)
+// By name, or those of a file.
+Outcome<plugin::Recipe> firstSteps(const StepOptions& options)
 {
     if (!options.recipeFile.empty()) {
         Outcome<plugin::Recipe> recipe = recipeFrom(options.recipeFile);
@@ -70,6 +75,8 @@ Outcome<plugin::Recipe> recipeOf(const StepOptions& options)
             }
         return recipe;
     }
+    if (options.name.empty())
+        return plugin::Recipe();
     plugin::RecipeStep step;
     step.identifier = options.name;
     step.withStartingValues = !options.noDefaults;
@@ -81,6 +88,20 @@ Outcome<plugin::Recipe> recipeOf(const StepOptions& options)
         step.setValue(assignment->first, assignment->second);
     }
     return plugin::Recipe{step};
+}
+
+Outcome<plugin::Recipe> recipeOf(const StepOptions& options)
+{
+    Outcome<plugin::Recipe> recipe = firstSteps(options);
+    if (!recipe)
+        return recipe;
+    for (const std::string& text : options.then) {
+        const foundation::Result<plugin::Recipe> further = plugin::parseRecipe(text);
+        if (!further)
+            return wrongUsage("--then: " + further.error());
+        recipe->insert(recipe->end(), (*further).begin(), (*further).end());
+    }
+    return recipe;
 }
 
 Failure failureOf(const plugin::StepError& error)
@@ -110,10 +131,8 @@ Outcome<std::vector<Step>> stepsOf(CIFMain& main, const StepOptions& options)
 
 Outcome<> checkFormat(const std::vector<Step>& steps, const Output& output)
 {
-    if (codecs::isVectorFormat(output.format) && !steps.back().entry.isGenerator)
-        return wrongUsage(
-            steps.back().entry.identifier +
-            " makes pixels; pdf, svg and eps hold drawings: use png, jpg, tif or webp");
+    if (codecs::isVectorFormat(output.format) && (steps.empty() || !steps.back().entry.isGenerator))
+        return wrongUsage((steps.empty() ? "this" : steps.back().entry.identifier) + kMakesPixels);
     return {};
 }
 
@@ -162,22 +181,59 @@ Outcome<> Progress::run(const Step& step)
     return {};
 }
 
+Outcome<> Progress::resize(const Resizing& resizing)
+{
+    auto made =
+        plugin::resized(_picture, resizing.size.width, resizing.size.height, resizing.asThumbnail);
+    if (!made)
+        return noPicture("--resize: " + made.error());
+    _picture = *std::move(made);
+    _size = _picture->size();
+    return {};
+}
+
+Outcome<> Progress::crop(const foundation::Rect& rect)
+{
+    auto made = plugin::cropped(_picture, rect);
+    if (!made)
+        return noPicture("--crop: " + made.error());
+    _picture = *std::move(made);
+    _size = _picture->size();
+    return {};
+}
+
 Outcome<> Progress::write(Output output) const
 {
-    output.options.recipe = plugin::recipeJson(_asRun, CIF_VERSION);
+    return writeResult(_picture, _source, _asRun, std::move(output));
+}
+
+Outcome<> checkReplacing(const std::string& input, const Output& output, bool inPlace)
+{
+    std::error_code error;
+    if (!inPlace && input != "-" && !output.file.empty() &&
+        std::filesystem::equivalent(input, output.file, error))
+        return wrongUsage("OUTPUT is INPUT itself; add --in-place to replace it");
+    return {};
+}
+
+Outcome<> writeResult(const drawing::PictureRef& picture, const drawing::PictureRef& source,
+                      const plugin::Recipe& recipe, Output output)
+{
+    const std::string what = recipe.empty() ? "this" : recipe.back().identifier;
+    output.options.recipe = !recipe.empty() ? plugin::recipeJson(recipe, CIF_VERSION)
+                            : source        ? source->metadata().recipe
+                                            : "";
     if (codecs::isVectorFormat(output.format)) {
-        if (!_picture->recording())
-            return wrongUsage(_asRun.back().identifier +
-                              " makes pixels; pdf, svg and eps hold drawings: use png, jpg, tif or "
-                              "webp");
-        return cli::write(output, *_picture);
+        if (!picture->recording())
+            return wrongUsage(what + kMakesPixels);
+        return cli::write(output, *picture);
     }
-    if (!_source)
-        return cli::write(output, *_picture);
-    const imaging::BitmapRef bitmap = _picture->bitmap();
+    if (!source)
+        return cli::write(output, *picture);
+    const imaging::BitmapRef bitmap = picture->bitmap();
     if (!bitmap)
-        return noPicture(_asRun.back().identifier + " made no pixels: " + lastLogLine());
-    return cli::write(output, *drawing::Picture::fromBitmap(bitmap, _source->metadata()));
+        return noPicture(what + " made no pixels: " + lastLogLine());
+    return cli::write(output, *drawing::Picture::fromBitmap(bitmap, source->metadata()));
 }
 
 } // namespace cli

@@ -15,7 +15,8 @@ struct Step {
 // is done.
 Outcome<std::vector<Step>> stepsOf(CIFMain& main, const StepOptions& options);
 
-// Refuses a vector format for a result that only has pixels as far as can be told beforehand.
+// Refuses a vector format for a result that only has pixels as far as can be told beforehand;
+// without steps there are only pixels.
 Outcome<> checkFormat(const std::vector<Step>& steps, const Output& output);
 
 // What the last steps have made, and the recipe that makes it again.
@@ -27,6 +28,8 @@ public:
     void startWithSize(foundation::Size size) { _size = size; }
 
     Outcome<> run(const Step& step);
+    Outcome<> resize(const Resizing& resizing);
+    Outcome<> crop(const foundation::Rect& rect);
 
     const drawing::PictureRef& picture() const { return _picture; }
     // Numbers the last generator drew.
@@ -44,5 +47,13 @@ private:
     plugin::Recipe _asRun;
     std::uint64_t _randomDraws = 0;
 };
+
+// Refuses a file that is both, unless it may be.
+Outcome<> checkReplacing(const std::string& input, const Output& output, bool inPlace);
+
+// Writes a result with the recipe that makes it and the metadata of what it was made of, if there
+// was anything. Without a recipe the source's own is kept.
+Outcome<> writeResult(const drawing::PictureRef& picture, const drawing::PictureRef& source,
+                      const plugin::Recipe& recipe, Output output);
 
 } // namespace cli

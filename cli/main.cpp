@@ -1,4 +1,4 @@
-// cif: the plug-in without a window.
+// cif: the plug-in without a host.
 #include "cli/Files.h"
 #include "cli/Options.h"
 
@@ -22,6 +22,7 @@ Outcome<> run(const Invocation& invocation)
                           [](const DescribeOptions& o) { return describe(o); },
                           [](const ApplyOptions& o) { return apply(o); },
                           [](const GenerateOptions& o) { return generate(o); },
+                          [](const EditOptions& o) { return edit(o); },
                       },
                       invocation.command);
 }

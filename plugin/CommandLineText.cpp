@@ -13,7 +13,13 @@ using foundation::Rect;
 
 namespace {
 
-using Steps = std::span<const EditRecord::Step>;
+// What one command does: a generator, or a new size, begins it.
+struct Command {
+    Recipe steps;
+    bool generates = false;
+    std::optional<Size> resized; // before the steps; after them when it generates
+    bool asThumbnail = false;
+};
 
 bool isStartingValue(const CIFMain& main, const Parameter& p, std::string_view text)
 {
@@ -59,68 +65,82 @@ std::string fileWord(const std::string& file)
     return shellQuoted(looksLikeOption ? std::string("./").append(file) : file);
 }
 
-bool isGenerator(const EditRecord::Step& step)
-{
-    return step.applied && isGeneratorName(step.applied->identifier);
-}
-
-// Options of one step by name.
-std::string optionsOf(const RecipeStep& step)
-{
-    std::string options;
-    if (step.seed)
-        options.append(" --seed ").append(std::to_string(*step.seed));
-    for (const auto& [key, value] : step.set)
-        options.append(" --set ").append(shellQuoted(key + '=' + value));
-    if (!step.withStartingValues)
-        options += " --no-defaults";
-    return options;
-}
-
 // Where a command of the pipe writes to, and what it does to the result before.
 struct Target {
     std::string output; // " -o …"
     std::string crop;   // " --crop …", or nothing
 };
 
-std::string generateCommand(const Recipe& recipe, Size size, const Target& target)
+std::string textOf(const Command& command, Size size, const std::string& input,
+                   const Target& target)
 {
-    std::string command;
-    if (recipe.size() > 1) {
-        command = "printf '%s\\n'";
-        for (const RecipeStep& step : recipe) {
+    std::string text = command.generates ? "cif generate " : "cif apply ";
+    std::string options, further;
+    if (!command.steps.empty()) {
+        const RecipeStep& first = command.steps.front();
+        text.append(shellQuoted(first.identifier));
+        if (first.seed)
+            options.append(" --seed ").append(std::to_string(*first.seed));
+        for (const auto& [key, value] : first.set)
+            options.append(" --set ").append(shellQuoted(key + '=' + value));
+        if (!first.withStartingValues)
+            options.append(" --no-defaults");
+        for (const RecipeStep& step : std::span(command.steps).subspan(1)) {
             std::string line = recipeText({step});
             line.pop_back();
-            command.append(" ").append(shellQuoted(line));
+            further.append(" --then ").append(shellQuoted(line));
         }
-        command += " | cif generate --recipe-from /dev/stdin";
-    } else {
-        command.append("cif generate ").append(shellQuoted(recipe.front().identifier));
     }
-    command.append(" --size ").append(sizeText(size)).append(target.output);
-    if (recipe.size() == 1)
-        command += optionsOf(recipe.front());
-    return command + target.crop;
+    if (command.generates)
+        text.append(" --size ").append(sizeText(size));
+    else
+        text.append(command.steps.empty() ? "" : " ").append(fileWord(input));
+    text.append(target.output);
+    std::string resize;
+    if (command.resized) {
+        resize.append(" --resize ").append(sizeText(*command.resized));
+        if (command.asThumbnail)
+            resize.append(":fit");
+    }
+    // In the order in which they are done.
+    return command.generates ? text + options + further + resize + target.crop
+                             : text + resize + options + further + target.crop;
 }
 
-std::string applyCommand(const EditRecord::Step& step, const RecipeStep* applied,
-                         const std::string& input, const Target& target)
+// From the last generator on: nothing before it is left in the result. A drawing must get its new
+// size where it is made, while it is one; any other new size begins a command.
+std::vector<Command> commandsOf(const EditRecord& record)
 {
-    std::string command = "cif apply ";
-    if (applied)
-        command += shellQuoted(applied->identifier) + ' ';
-    command += fileWord(input) + target.output;
-    if (step.resized) {
-        command.append(" --resize ").append(sizeText(*step.resized));
-        if (step.asThumbnail)
-            command += ":fit";
+    std::vector<Command> commands;
+    for (const EditRecord::Step& step : record.steps) {
+        if (step.resized) {
+            const bool isDrawn =
+                !commands.empty() && commands.back().generates && !commands.back().resized;
+            if (!isDrawn)
+                commands.emplace_back();
+            commands.back().resized = step.resized;
+            commands.back().asThumbnail = step.asThumbnail;
+        }
+        if (!step.applied)
+            continue;
+        const bool generates = isGeneratorName(step.applied->identifier);
+        if (generates)
+            commands.clear();
+        if (commands.empty() || (commands.back().generates && commands.back().resized))
+            commands.emplace_back();
+        commands.back().generates |= generates;
+        commands.back().steps.push_back(*step.applied);
     }
-    if (applied)
-        command += optionsOf(*applied);
-    return command + target.crop;
+    return commands;
 }
 
 } // namespace
+
+Recipe recipeOf(const EditRecord& record)
+{
+    const std::vector<Command> commands = commandsOf(record);
+    return commands.empty() ? Recipe() : commands.back().steps;
+}
 
 RecipeStep withoutStartingValues(CIFMain& main, const RecipeStep& step)
 {
@@ -144,38 +164,25 @@ std::string commandLine(const EditRecord& record, const std::string& input,
     if (record.crop)
         last.crop = cropOption(*record.crop);
 
-    Steps steps = record.steps;
-    std::vector<std::string> commands;
-    const auto generator = std::find_if(steps.rbegin(), steps.rend(), isGenerator);
-    if (generator != steps.rend()) {
-        steps = steps.subspan(static_cast<std::size_t>(steps.rend() - generator) - 1);
-        Recipe recipe;
-        do {
-            recipe.push_back(withoutStartingValues(main, *steps.front().applied));
-            steps = steps.subspan(1);
-        } while (!steps.empty() && steps.front().applied && !steps.front().resized);
-        commands.push_back(generateCommand(recipe, record.size, steps.empty() ? last : between));
-    }
-    for (; !steps.empty(); steps = steps.subspan(1)) {
-        const EditRecord::Step& step = steps.front();
-        std::optional<RecipeStep> applied;
-        if (step.applied)
-            applied = withoutStartingValues(main, *step.applied);
-        commands.push_back(applyCommand(step, applied ? &*applied : nullptr,
-                                        commands.empty() ? input : piped,
-                                        steps.size() == 1 ? last : between));
-    }
+    std::vector<Command> commands = commandsOf(record);
     if (commands.empty()) {
+        commands.emplace_back();
         // Nothing was done to the picture; as a crop, it is all that lies in the largest there can
         // be.
         constexpr double kMost = imaging::Bitmap::kMaximumSide;
         if (!record.crop)
             last.crop = cropOption({0, 0, kMost, kMost});
-        commands.push_back(applyCommand({}, nullptr, input, last));
     }
-    std::string line = commands.front();
-    for (const std::string& command : std::span(commands).subspan(1))
-        line.append(" | ").append(command);
+    std::string line;
+    for (Command& command : commands) {
+        for (RecipeStep& step : command.steps)
+            step = withoutStartingValues(main, step);
+        const bool isFirst = &command == &commands.front();
+        if (!isFirst)
+            line.append(" | ");
+        line.append(textOf(command, record.size, isFirst ? input : "-",
+                           &command == &commands.back() ? last : between));
+    }
     return line;
 }
 

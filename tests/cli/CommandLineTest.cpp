@@ -64,6 +64,37 @@ struct BadInvocation {
     const char* part; // of the message
 };
 
+TEST(CommandLine, StepsFollowAndSizesGoAround)
+{
+    Shell shell;
+    shell.writePicture("in.png", 24, 16);
+    expectDone(shell.run({"apply", "CIFSobel", "in.png", "-o", "one.png"}));
+    expectDone(shell.run({"apply", "CIColorInvert", "one.png", "-o", "two.png"}));
+    expectDone(
+        shell.run({"apply", "CIFSobel", "in.png", "-o", "both.png", "--then", "CIColorInvert"}));
+    EXPECT_EQ(pixelsOf(shell.picture("both.png")), pixelsOf(shell.picture("two.png")));
+    const auto recipe = plugin::parseRecipe(shell.picture("both.png")->metadata().recipe);
+    ASSERT_TRUE(recipe) << recipe.error();
+    EXPECT_EQ((*recipe).size(), 2u);
+
+    // First the size, then the steps, then the crop.
+    expectDone(shell.run({"apply", "in.png", "-o", "small.png", "--resize", "12x12:fit"}));
+    expectDone(shell.run({"apply", "CIFSobel", "small.png", "-o", "three.png"}));
+    expectDone(shell.run({"apply", "three.png", "-o", "part.png", "--crop", "1,3,10,5.2"}));
+    expectDone(shell.run({"apply", "CIFSobel", "in.png", "-o", "all.png", "--crop", "1,3,10,5.2",
+                          "--resize", "12x12:fit"}));
+    EXPECT_EQ(shell.picture("all.png")->size(), (foundation::Size{10, 5}));
+    EXPECT_EQ(shell.read("all.png"), shell.read("part.png"));
+
+    // A drawing is drawn afresh and stays one.
+    expectDone(shell.run({"generate", "GLIF_HilbertCurve", "--size", "32x32", "--resize", "96x96",
+                          "-o", "large.png"}));
+    EXPECT_EQ(shell.picture("large.png")->size(), (foundation::Size{96, 96}));
+    expectDone(shell.run({"generate", "GLIF_HilbertCurve", "--size", "32x32", "--crop", "0,0,16,16",
+                          "-o", "quarter.svg"}));
+    EXPECT_THAT(shell.read("quarter.svg"), HasSubstr("viewBox=\"0 0 16 16\""));
+}
+
 TEST(CommandLine, RefusesBadInvocationsInOneLineAndLeavesNothing)
 {
     Shell shell;
@@ -89,7 +120,7 @@ TEST(CommandLine, RefusesBadInvocationsInOneLineAndLeavesNothing)
         return words;
     };
     const BadInvocation cases[] = {
-        {{}, 2, "list, describe, apply or generate"},
+        {{}, 2, "list, describe, apply, generate or edit"},
         {{"paint"}, 2, "no command \"paint\""},
         {{"--paint"}, 2, "\"--paint\" is not understood"},
         {{"list", "brushes"}, 2, "filters or generators"},
@@ -167,6 +198,28 @@ TEST(CommandLine, RefusesBadInvocationsInOneLineAndLeavesNothing)
         {{"apply", "--recipe-from", "bad.json", "in.png", "-o", "out.png", "--set", "a=1"},
          2,
          "goes with a NAME"},
+        {{"apply", "--resize", "9x9"}, 2, "INPUT is missing"},
+        {{"apply", "in.png", "--resize", "9x9"}, 2, "-o OUTPUT is missing"},
+        {{"apply", "in.png", "-o", "out.png", "--crop", "1,1,1,1", "--set", "a=1"}, 2, "NAME"},
+        {{"apply", "in.png", "-o", "out.pdf", "--crop", "1,1,1,1"}, 2, "makes pixels"},
+        {{"apply", "in.png", "-o", "out.png", "--crop", "24,0,1,1"}, 1, "outside the picture"},
+        {blurWith({"--resize", "9"}), 2, "640x480:fit"},
+        {blurWith({"--resize", "9x0:fit"}), 2, "1 to 100000"},
+        {blurWith({"--resize", "9x9:fill"}), 2, "640x480:fit"},
+        {blurWith({"--crop", "1,2,3"}), 2, "X,Y,W,H"},
+        {blurWith({"--crop", "1,2,3,0"}), 2, "X,Y,W,H"},
+        {blurWith({"--crop", "1,2,3,nan"}), 2, "X,Y,W,H"},
+        {blurWith({"--crop", "1,2,3,4,5"}), 2, "X,Y,W,H"},
+        {blurWith({"--then", "CISobl"}), 2, "CIFSobel"},
+        {blurWith({"--then", "CIFSobel inputIntensity"}), 2, "--then: line 1"},
+        {{"edit"}, 2, "INPUT is missing"},
+        {{"edit", "in.png"}, 2, "-o OUTPUT is missing"},
+        {{"edit", "in.png", "-o", "in.png"}, 2, "--in-place"},
+        {{"edit", "none.png", "-o", "out.png"}, 1, "none.png"},
+        {{"edit", "--generate", "9", "-o", "out.png"}, 2, "WxH such as"},
+        {{"edit", "in.png", "--generate", "9x9", "-o", "out.png"}, 2, "one word too many"},
+        {{"edit", "--generate", "9x9", "--in-place"}, 2, "goes with an INPUT"},
+        {{"edit", "in.png", "-o", "-", "--format", "png", "--print-command"}, 2, "standard output"},
         {{"generate"}, 2, "NAME is missing"},
         {{"generate", "GLIF_Plasma", "-o", "out.png"}, 2, "--size WxH is missing"},
         {{"generate", "GLIF_Plasma", "--size", "9x9"}, 2, "-o OUTPUT is missing"},

@@ -97,8 +97,8 @@ TEST_F(CommandLineText, WritesOnlyWhatAStepDoesNotStartWith)
     record.steps = {applied("CIGlassDistortion", {{"inputTexture", "Bubbles"}}),
                     applied("CIGlassDistortion", {{"inputTexture", "Ripple"}})};
     EXPECT_EQ(plugin::commandLine(record, "a.png", "b.png"),
-              "cif apply CIGlassDistortion a.png -o - --format png | "
-              "cif apply CIGlassDistortion - -o b.png --set inputTexture=Ripple");
+              "cif apply CIGlassDistortion a.png -o b.png --then 'CIGlassDistortion "
+              "inputTexture=Ripple'");
     record.steps = {applied("GLIF_Plasma", {}, 0)};
     record.size = {40, 30};
     EXPECT_EQ(plugin::commandLine(record, "a.png", "b.png"),
@@ -156,6 +156,7 @@ TEST_F(CommandLineText, RepeatsSizesAndCrops)
     record.size = {50, 40};
     record.steps = {applied("GLIF_HilbertCurve", {}, 7), resized(31, 22), applied("CIFSobel")};
     expectSamePicture(record, "");
+    EXPECT_EQ(plugin::recipeOf(record), plugin::Recipe{*record.steps[2].applied});
     record.crop = foundation::Rect{1, 2, 3, 4};
     expectSamePicture(record, "");
     record.steps.resize(1);
