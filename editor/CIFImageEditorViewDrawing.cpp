@@ -1,6 +1,7 @@
 // The picture view's drawing, and the pixels it draws as they are made.
 #include "editor/CIFImageEditorView.h"
 
+#include <QPaintEngine>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QPainterPath>
@@ -25,6 +26,30 @@ public:
     Workers() { setMaxThreadCount(2); }
 };
 Q_GLOBAL_STATIC(Workers, workers)
+
+// The pixels that the painter itself draws to, where these are a window's in memory: copying a
+// picture of a dense screen takes longer than drawing it. Nothing for any other painter.
+std::optional<editor::Canvas> paintedPixels(const QPainter& painter, const QRect& part)
+{
+    const QTransform toDevice = painter.deviceTransform();
+    QPaintDevice* const device = painter.paintEngine()->paintDevice();
+    // Between device pixels, part covers some that are the neighbour's.
+    const auto isWhole = [](qreal v) { return v == std::floor(v); };
+    if (device->devType() != QInternal::Image || toDevice.type() > QTransform::TxScale ||
+        !isWhole(toDevice.m11()) || toDevice.m11() != toDevice.m22() ||
+        toDevice.m11() != device->devicePixelRatioF() || !isWhole(toDevice.dx()) ||
+        !isWhole(toDevice.dy()))
+        return {};
+    const auto& image = *static_cast<const QImage*>(device);
+    const QRect there = part.translated(int(toDevice.dx()), int(toDevice.dy()));
+    if ((image.format() != QImage::Format_RGB32 &&
+         image.format() != QImage::Format_ARGB32_Premultiplied) ||
+        !image.rect().contains(there))
+        return {};
+    // Not bits(), which might give the image other pixels than the painter's.
+    uchar* const bits = const_cast<uchar*>(image.constScanLine(there.top()));
+    return editor::Canvas{part, bits + there.left() * sizeof(QRgb), image.bytesPerLine()};
+}
 
 } // namespace
 
@@ -264,11 +289,16 @@ void CIFImageEditorView::drawPicture(QPainter& painter, const QRect& part)
 
 void CIFImageEditorView::drawLayers(QPainter& painter, const QRect& part, std::span<Layer> layers)
 {
-    // Kept from paint to paint: fresh memory costs more than the pixels in it.
-    if (_canvas.width() < part.width() || _canvas.height() < part.height())
-        _canvas = QImage(part.size().expandedTo(_canvas.size()), QImage::Format_RGB32);
-    if (_canvas.isNull())
-        return;
+    std::optional<editor::Canvas> canvas = paintedPixels(painter, part);
+    const bool direct = canvas.has_value();
+    if (!direct) {
+        // Kept from paint to paint: fresh memory costs more than the pixels in it.
+        if (_canvas.width() < part.width() || _canvas.height() < part.height())
+            _canvas = QImage(part.size().expandedTo(_canvas.size()), QImage::Format_RGB32);
+        if (_canvas.isNull())
+            return;
+        canvas = editor::Canvas::of(_canvas, part);
+    }
     const editor::Checkers checkers = {
         .first = 0xffffffff,
         .second = 0xffdedede,
@@ -278,15 +308,17 @@ void CIFImageEditorView::drawLayers(QPainter& painter, const QRect& part, std::s
     // The lowest covers the rest, unless it has no pixels yet or is an original of another shape.
     if (layers.empty() || layers.front().pyramid().levels() == 0 ||
         !editor::coveredPixels(deviceFromPicture(layers.front().rect)).contains(part))
-        editor::drawCheckers(checkers, part, _canvas);
+        editor::drawCheckers(checkers, *canvas);
     for (Layer& layer : layers) {
         layer.drawnLevel = editor::availableLevel(layer.pyramid(), scaleOf(layer));
         // Parts that are shown as they are need no smaller copies; a zoom may change that.
         if (!isReady(layer))
             startBuilding(layer);
         editor::drawPixels(layer.pyramid(), deviceFromPicture(layer.rect), layer.smooth, checkers,
-                           part, _canvas);
+                           *canvas);
     }
+    if (direct)
+        return;
     const qreal ratio = devicePixelRatioF();
     painter.save();
     painter.scale(1 / ratio, 1 / ratio);

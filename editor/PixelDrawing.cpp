@@ -103,15 +103,8 @@ struct Job {
     QRectF target;
     double stepX, stepY; // source pixels to a device pixel
     QRect covered;       // what is drawn
-    QRect part;          // what the canvas shows
     const Checkers& checkers;
-    QImage& canvas;
-
-    QRgb* canvasRow(uchar* bits, int y) const
-    {
-        return reinterpret_cast<QRgb*>(bits + (y - part.top()) * canvas.bytesPerLine()) +
-               (covered.left() - part.left());
-    }
+    const Canvas& canvas;
 };
 
 void drawNearest(const Job& job)
@@ -128,7 +121,6 @@ void drawNearest(const Job& job)
     const bool contiguous = job.stepX == 1 && columns.back() - firstColumn == width - 1;
     const bool premultiply = !job.opaque && !job.source.premultiplied;
     const CheckerRows squares(job.checkers, left, job.opaque ? 0 : width);
-    uchar* const bits = job.canvas.bits();
     imaging::parallelRows(
         job.covered.top(), job.covered.bottom() + 1, kRowsAtOnce, [&](int first, int last) {
             std::vector<std::uint32_t> kept(contiguous && !premultiply ? 0 : std::size_t(width));
@@ -136,11 +128,11 @@ void drawNearest(const Job& job)
             Backdrop below = nullptr;
             int previous = -1;
             for (int y = first; y < last; ++y) {
-                QRgb* const out = job.canvasRow(bits, y);
+                QRgb* const out = job.canvas.at(left, y);
                 const int sourceY = nearest(y, job.target.top(), job.stepY, job.source.height);
                 const Backdrop above = std::exchange(below, job.opaque ? nullptr : squares.at(y));
                 if (sourceY == previous && below == above) {
-                    std::memcpy(out, job.canvasRow(bits, y - 1), sizeof(QRgb) * std::size_t(width));
+                    std::memcpy(out, job.canvas.at(left, y - 1), sizeof(QRgb) * std::size_t(width));
                     continue;
                 }
                 if (std::exchange(previous, sourceY) != sourceY) {
@@ -175,7 +167,6 @@ void drawWeighted(const Job& job, const std::vector<Taps>& columns, const std::v
         mixer.append(t.first - from, t.weight);
     const CheckerRows squares(job.checkers, left, job.opaque ? 0 : width);
     const bool premultiply = !job.opaque && !job.source.premultiplied;
-    uchar* const bits = job.canvas.bits();
     imaging::parallelRows(
         job.covered.top(), job.covered.bottom() + 1, kRowsAtOnce, [&](int first, int last) {
             Sums sums;
@@ -200,7 +191,7 @@ void drawWeighted(const Job& job, const std::vector<Taps>& columns, const std::v
                 sumRows({source(v.first, true), source(v.first + 1, v.weight[1] != 0),
                          source(v.first + 2, v.weight[2] != 0)},
                         v.weight, to - from, sums);
-                mixer.mix(sums, job.opaque ? nullptr : squares.at(y), job.canvasRow(bits, y));
+                mixer.mix(sums, job.opaque ? nullptr : squares.at(y), job.canvas.at(left, y));
             }
         });
 }
@@ -229,18 +220,18 @@ int availableLevel(const PicturePyramid& pyramid, double scale)
     return std::min(wantedLevel(scale), pyramid.levels() - 1);
 }
 
-void drawCheckers(const Checkers& checkers, const QRect& part, QImage& canvas)
+void drawCheckers(const Checkers& checkers, const Canvas& canvas)
 {
+    const QRect& part = canvas.part;
     const CheckerRows squares(checkers, part.left(), part.width());
-    for (int y = 0; y < part.height(); ++y)
-        toScreenRow(squares.at(part.top() + y), part.width(),
-                    reinterpret_cast<QRgb*>(canvas.scanLine(y)));
+    for (int y = part.top(); y <= part.bottom(); ++y)
+        toScreenRow(squares.at(y), part.width(), canvas.at(part.left(), y));
 }
 
 void drawPixels(const PicturePyramid& pyramid, const QRectF& target, bool smooth,
-                const Checkers& checkers, const QRect& part, QImage& canvas)
+                const Checkers& checkers, const Canvas& canvas)
 {
-    const QRect covered = coveredPixels(target) & part;
+    const QRect covered = coveredPixels(target) & canvas.part;
     if (covered.isEmpty() || pyramid.levels() == 0)
         return;
     const double scaleX = target.width() / pyramid.width();
@@ -260,7 +251,6 @@ void drawPixels(const PicturePyramid& pyramid, const QRectF& target, bool smooth
                      step(scaleX, source.width),
                      step(scaleY, source.height),
                      covered,
-                     part,
                      checkers,
                      canvas};
     // Pixels of a level that are as large as those of the screen need no averaging either.

@@ -42,7 +42,7 @@ QImage drawn(const PicturePyramid& pyramid, const QRectF& target, const QRect& p
 {
     QImage canvas(part.size(), QImage::Format_RGB32);
     canvas.fill(0xff0000ff);
-    drawPixels(pyramid, target, smooth, kCheckers, part, canvas);
+    drawPixels(pyramid, target, smooth, kCheckers, Canvas::of(canvas, part));
     return canvas;
 }
 
