@@ -580,14 +580,14 @@ void Stepper::wheelEvent(QWheelEvent* event)
 
 // ParameterLabel
 
-ParameterLabel::ParameterLabel(QWidget* parent) : QLabel(parent) {}
+ParameterLabel::ParameterLabel(QWidget* parent) : FormLabel(parent) {}
 
 void ParameterLabel::mouseDoubleClickEvent(QMouseEvent* event)
 {
     if (event->button() == Qt::LeftButton)
         Q_EMIT doubleClicked();
     else
-        QLabel::mouseDoubleClickEvent(event);
+        FormLabel::mouseDoubleClickEvent(event);
 }
 
 } // namespace editor

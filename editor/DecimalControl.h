@@ -5,8 +5,9 @@
 // the user sets with the mouse or the keyboard is a round number.
 #pragma once
 
+#include "editor/FormWidgets.h"
+
 #include <QDoubleSpinBox>
-#include <QLabel>
 #include <QSlider>
 #include <QString>
 #include <QWidget>
@@ -160,7 +161,7 @@ protected:
 };
 
 // The label of a row of such controls or of a colour.
-class ParameterLabel final : public QLabel {
+class ParameterLabel final : public FormLabel {
     Q_OBJECT
 
 public:

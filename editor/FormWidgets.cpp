@@ -2,12 +2,13 @@
 #include "editor/FormWidgets.h"
 
 #include "editor/Glyphs.h"
+#include "editor/Painting.h"
 
 #include <QEvent>
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyle>
-#include <QStyleOptionToolButton>
+#include <QStyleOption>
 #include <QStylePainter>
 #include <QTextDocument>
 
@@ -143,11 +144,60 @@ void GlyphButton::paintEvent(QPaintEvent*)
         palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::ButtonText));
 }
 
+// SegmentButton
+
+SegmentButton::SegmentButton(QWidget* parent) : QPushButton(parent) {}
+
+void SegmentButton::initStyleOption(QStyleOptionButton* option) const
+{
+    QPushButton::initStyleOption(option);
+    if (!isChecked())
+        return;
+    option->palette.setColor(QPalette::Button, palette().color(QPalette::Highlight));
+    option->palette.setColor(QPalette::ButtonText, palette().color(QPalette::HighlightedText));
+}
+
+// FormLabel
+
+FormLabel::FormLabel(QWidget* parent) : QLabel(parent)
+{
+    alignWithLayout();
+}
+
+void FormLabel::alignWithLayout()
+{
+    const bool mirrored = layoutDirection() == Qt::RightToLeft;
+    setAlignment((mirrored ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute |
+                 Qt::AlignVCenter);
+}
+
+void FormLabel::changeEvent(QEvent* event)
+{
+    QLabel::changeEvent(event);
+    if (event->type() == QEvent::LayoutDirectionChange)
+        alignWithLayout();
+}
+
+// Separator
+
+Separator::Separator(QWidget* parent) : QWidget(parent)
+{
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+}
+
+void Separator::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    QColor line = palette().color(QPalette::WindowText);
+    line.setAlphaF(0.2F);
+    painter.fillRect(onPixels(painter, QRectF(0, 0, width(), 1)), line);
+}
+
 // BusyView
 
 BusyView::BusyView(QWidget* parent) : QWidget(parent)
 {
-    QSizePolicy policy = sizePolicy();
+    QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     policy.setRetainSizeWhenHidden(true);
     setSizePolicy(policy);
     hide();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QLabel>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QStackedWidget>
 #include <QTextBrowser>
@@ -66,6 +67,43 @@ protected:
 
 private:
     QString _glyph;
+};
+
+// One of a few buttons side by side, of which the checked one stands out.
+class SegmentButton final : public QPushButton {
+    Q_OBJECT
+
+public:
+    explicit SegmentButton(QWidget* parent = nullptr);
+
+protected:
+    void initStyleOption(QStyleOptionButton* option) const override;
+};
+
+// A label on the side where the layout begins, whichever way its own text runs.
+class FormLabel : public QLabel {
+    Q_OBJECT
+
+public:
+    explicit FormLabel(QWidget* parent = nullptr);
+
+protected:
+    void changeEvent(QEvent* event) override;
+
+private:
+    void alignWithLayout();
+};
+
+// A thin line across.
+class Separator final : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit Separator(QWidget* parent = nullptr);
+    QSize sizeHint() const override { return {1, 1}; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
 };
 
 // Keeps its room while it is hidden, as it is to begin with.

@@ -35,6 +35,7 @@ constexpr OwnControl kOwnControls[] = {
     {"editor::BusyView", made<BusyView>},
     {"editor::ColorWell", made<ColorWell>},
     {"editor::ColumnScrollArea", made<ColumnScrollArea>},
+    {"editor::FormLabel", made<FormLabel>},
     {"editor::GlyphButton", made<GlyphButton>},
     {"editor::LinkView", made<LinkView>},
     {"editor::NumberField", made<NumberField>},
@@ -42,6 +43,8 @@ constexpr OwnControl kOwnControls[] = {
     {"editor::ParameterLabel", made<ParameterLabel>},
     {"editor::ParameterSlider", made<ParameterSlider>},
     {"editor::PictureScrollView", made<PictureScrollView>},
+    {"editor::SegmentButton", made<SegmentButton>},
+    {"editor::Separator", made<Separator>},
     {"editor::Stepper", made<Stepper>},
 };
 
