@@ -320,6 +320,15 @@ void NumberField::valueDidChange()
     _isUpdating = true;
     setValue(_value);
     _isUpdating = false;
+    // The toolkit does not tell of texts that it writes itself.
+    checkRange();
+}
+
+void NumberField::commit()
+{
+    interpretText();
+    lineEdit()->setModified(false);
+    checkRange();
 }
 
 namespace {
@@ -386,7 +395,7 @@ double NumberField::valueFromText(const QString& text) const
 
 void NumberField::stepBy(int steps)
 {
-    interpretText();
+    commit();
     changeValue(_value + steps * _increment, std::pow(10.0, -decimals()));
     if (hasFocus())
         selectAll();
@@ -449,8 +458,7 @@ void NumberField::keyPressEvent(QKeyEvent* event)
     switch (event->key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        interpretText();
-        lineEdit()->setModified(false);
+        commit();
         selectAll();
         event->accept();
         return;
@@ -478,8 +486,20 @@ void NumberField::wheelEvent(QWheelEvent* event)
 
 void NumberField::focusOutEvent(QFocusEvent* event)
 {
-    interpretText();
+    // A window that closes takes the focus away first.
+    if (window()->testAttribute(Qt::WA_Mapped))
+        commit();
+    else
+        valueDidChange();
     QDoubleSpinBox::focusOutEvent(event);
+}
+
+// Who hides the field is done with it.
+void NumberField::hideEvent(QHideEvent* event)
+{
+    if (lineEdit()->isModified())
+        valueDidChange();
+    QDoubleSpinBox::hideEvent(event);
 }
 
 void NumberField::changeEvent(QEvent* event)

@@ -55,6 +55,8 @@ ColumnScrollArea::ColumnScrollArea(QWidget* parent) : QScrollArea(parent)
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // It follows the focus of what it holds.
+    setFocusPolicy(Qt::NoFocus);
 }
 
 bool ColumnScrollArea::eventFilter(QObject* object, QEvent* event)

@@ -1,0 +1,479 @@
+// The form of the editor window: it has every part that the controller looks for, nothing is cut
+// off in any language, and the keyboard and screen readers find their way.
+#include "editor/CCColorSlider.h"
+#include "editor/ColorWell.h"
+#include "editor/DecimalControl.h"
+#include "editor/EditorOutlets.h"
+#include "editor/Forms.h"
+#include "editor/Glyphs.h"
+#include "platform/foundation/Bundle.h"
+#include "platform/foundation/Value.h"
+#include "plugin/CIFMain.h"
+
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFile>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QProgressBar>
+#include <QRegularExpression>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QSet>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QStyle>
+#include <QStyleOptionComboBox>
+#include <QTableView>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <bit>
+#include <memory>
+
+using namespace editor;
+
+namespace {
+
+class EditorForm : public testing::Test {
+protected:
+    EditorForm() { load(); }
+    ~EditorForm() override
+    {
+        foundation::setLanguage("C");
+        QApplication::setLayoutDirection(Qt::LeftToRight);
+    }
+
+    void load()
+    {
+        window.reset(qobject_cast<QMainWindow*>(loadForm(QStringLiteral("ImageEditor"))));
+        if (!window)
+            throw std::runtime_error("the form cannot be read");
+        outlets = EditorOutlets::of(*window);
+    }
+    void show(QSize size)
+    {
+        window->resize(size);
+        window->show();
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+    }
+    // A page with what it lies in.
+    void showPage(QWidget& page)
+    {
+        for (QWidget* widget = &page; widget; widget = widget->parentWidget())
+            if (auto* stack = qobject_cast<QStackedWidget*>(widget->parentWidget()))
+                stack->setCurrentWidget(widget);
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+    }
+    static QWidget* pageOf(QStackedWidget& stack, const QString& name)
+    {
+        for (int i = 0; i < stack.count(); ++i)
+            if (stack.widget(i)->objectName() == name)
+                return stack.widget(i);
+        return nullptr;
+    }
+    template <class Widget>
+    bool has(QWidget* within, const QString& name)
+    {
+        return within && within->findChild<Widget*>(name);
+    }
+    // Every page in which controls stand.
+    std::vector<QWidget*> pages()
+    {
+        std::vector<QWidget*> all;
+        for (QStackedWidget* stack : {outlets._filterControlsTabView, outlets._GLIFControlsTabView,
+                                      outlets._GLIFColorControlsTabView})
+            for (int i = 0; i < stack->count(); ++i)
+                all.push_back(stack->widget(i));
+        return all;
+    }
+    template <class Visit>
+    void forEachShown(Visit visit)
+    {
+        const auto widgets = window->findChildren<QWidget*>();
+        for (QWidget* widget : widgets)
+            if (widget->isVisible() && !widget->objectName().startsWith(QLatin1String("qt_")))
+                visit(*widget);
+    }
+    void expectNothingCutOff(const std::string& where);
+
+    std::unique_ptr<QMainWindow> window;
+    EditorOutlets outlets;
+};
+
+int widestItem(const QComboBox& menu)
+{
+    int width = 0;
+    for (int i = 0; i < menu.count(); ++i)
+        width = std::max(width, menu.fontMetrics().horizontalAdvance(menu.itemText(i)));
+    return width;
+}
+
+void EditorForm::expectNothingCutOff(const std::string& where)
+{
+    forEachShown([&](QWidget& widget) {
+        const std::string name = where + ": " + widget.objectName().toStdString();
+        if (auto* label = qobject_cast<QLabel*>(&widget)) {
+            if (label->sizePolicy().horizontalPolicy() != QSizePolicy::Ignored &&
+                !label->wordWrap()) {
+                EXPECT_GE(label->width(), label->sizeHint().width()) << name;
+            }
+            EXPECT_GE(label->height(), label->wordWrap() ? label->heightForWidth(label->width())
+                                                         : label->sizeHint().height())
+                << name;
+        } else if (qobject_cast<QAbstractButton*>(&widget) ||
+                   qobject_cast<QAbstractSpinBox*>(&widget)) {
+            EXPECT_GE(widget.width(), widget.sizeHint().width()) << name;
+            EXPECT_GE(widget.height(), widget.sizeHint().height()) << name;
+        } else if (auto* menu = qobject_cast<QComboBox*>(&widget)) {
+            QStyleOptionComboBox option;
+            option.initFrom(menu);
+            option.subControls = QStyle::SC_All;
+            const QRect text = menu->style()->subControlRect(QStyle::CC_ComboBox, &option,
+                                                             QStyle::SC_ComboBoxEditField, menu);
+            EXPECT_GE(text.width(), widestItem(*menu)) << name;
+        }
+    });
+}
+
+QString nameOf(QWidget& widget)
+{
+    QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(&widget);
+    return accessible ? accessible->text(QAccessible::Name) : QString();
+}
+
+struct GeneratorPage {
+    const char* generator;
+    std::vector<const char*> rows;
+    const char* popUp;
+};
+const GeneratorPage kGeneratorPages[] = {
+    {"GLIF_Plasma", {"plasmaSmooth", "plasmaResolution"}, "plasmaShape"},
+    {"GLIF_Biomorph", {"biomorphResolution", "biomorphC1", "biomorphC2"}, nullptr},
+    {"GLIF_CircleRipples",
+     {"circleRipplesResolution", "circleRipplesSize", "circleRipplesKoef"},
+     "circleRipplesShape"},
+    {"GLIF_TwistedSquares", {"twistedSquaresStep", "twistedSquaresSize"}, nullptr},
+    {"GLIF_HilbertCurve", {"hilbertCurveRange", "hilbertCurveSize"}, "hilbertCurveTypeCaps"},
+    {"GLIF_FlashLines", {"flashLinesRange", "flashLinesWidthLine"}, nullptr},
+    {"GLIF_ColourBars",
+     {"colourBarsSize", "colourBarsAngle", "colourBarsDiff", "colourBarsWidthLine"},
+     nullptr},
+    {"GLIF_StarField", {"starFieldDensity", "starFieldSize", "starFieldCount"}, "starField"},
+    {"GLIF_TwistPolygons",
+     {"twistPolygonsAngles", "twistPolygonsPolygons", "twistPolygonsShift", "twistPolygonsSize"},
+     nullptr},
+    {"GLIF_Shapes", {}, "shapes"},
+    {"GLIF_Foam", {"foamQuantity", "foamSize", "foamQuality"}, "foamFigure"},
+    {"GLIF_Parquet", {"parquetWidth", "parquetHeight", "parquetResolution"}, "parquetFigure"},
+    {"GLIF_AbstractLines",
+     {"abstractLinesCountLines", "abstractLinesWidthLine"},
+     "abstractLinesFigure"},
+    {"GLIF_SandGlass", {"sandGlassFactor"}, "sandGlassShape"},
+    {"GLIF_Spiral", {"spiralFactor", "spiralRandomWind", "spiralCurvature"}, nullptr},
+    {"GLIF_RadialPlasma", {"radialPlasmaFadeOut", "radialPlasmaRoughness"}, nullptr},
+    {"GLIF_Dabs", {"dabsCount", "dabsLength", "dabsAngle"}, "dabsType"},
+    {"GLIF_Texture", {"textureIter", "textureTile"}, "textureType"},
+    {"GLIF_Triangles", {"trianglesCount", "trianglesWidthLine"}, nullptr},
+    {"GLIF_Cafel", {"cafelQuantity", "cafelQuality"}, "cafelFigure"},
+    {"dump", {}, nullptr},
+};
+
+} // namespace
+
+TEST_F(EditorForm, HasEveryOutlet)
+{
+    // All of them are pointers.
+    using Outlets = std::array<const void*, sizeof(EditorOutlets) / sizeof(void*)>;
+    const auto parts = std::bit_cast<Outlets>(outlets);
+    for (std::size_t i = 0; i < parts.size(); ++i)
+        EXPECT_NE(parts[i], nullptr) << "outlet " << i;
+    QSet<const void*> different(parts.begin(), parts.end());
+    EXPECT_EQ(different.size(), static_cast<qsizetype>(parts.size()));
+
+    EXPECT_EQ(window->windowTitle(), "Image Effects");
+    EXPECT_NE(outlets._buttonSet->property("tag").toInt(), 0);
+    EXPECT_EQ(outlets._buttonCancel->property("tag"), 0);
+    EXPECT_EQ(outlets._scaleSlider->minimum(), -1600);
+    EXPECT_EQ(outlets._scaleSlider->maximum(), 1600);
+    EXPECT_EQ(outlets._splitter->count(), 3);
+    for (const auto& [stack, names] :
+         {std::pair(outlets._filtersTabView, QStringList{"filters", "generators"}),
+          std::pair(outlets._listsTabView, QStringList{"filters list", "generators list"}),
+          std::pair(outlets._GLIFColorControlsTabView,
+                    QStringList{"color scheme", "color gradient"})})
+        for (const QString& name : names)
+            EXPECT_TRUE(pageOf(*stack, name)) << name.toStdString();
+    EXPECT_EQ(outlets._helpTabView->count(), 2);
+    // One segment at a time.
+    outlets._windowTabSegmentButton2->click();
+    EXPECT_FALSE(outlets._windowTabSegmentButton->isChecked());
+}
+
+TEST_F(EditorForm, HasTheRowsOfTheFilterPages)
+{
+    const std::pair<const char*, int> rows[] = {{"0", 4}, {"10", 1}, {"20", 2}, {"30", 3}};
+    for (const auto& [number, count] : rows) {
+        QWidget* page = pageOf(*outlets._filterControlsTabView, number);
+        ASSERT_TRUE(page) << number;
+        const QString in = QLatin1String(number) == u"0" ? "" : QString("in") + number;
+        for (int i = 1; i <= count; ++i) {
+            const QString row = QString::number(i) + in;
+            EXPECT_TRUE(has<ParameterSlider>(page, "_slider" + row)) << row.toStdString();
+            EXPECT_TRUE(has<NumberField>(page, "_textField" + row)) << row.toStdString();
+            EXPECT_TRUE(has<Stepper>(page, "_stepper" + row)) << row.toStdString();
+            EXPECT_TRUE(has<ParameterLabel>(page, "_labelTextField" + row)) << row.toStdString();
+        }
+        EXPECT_EQ(page->findChildren<ParameterSlider*>().size(), count) << number;
+    }
+    EXPECT_TRUE(
+        has<QComboBox>(pageOf(*outlets._filterControlsTabView, "10"), "_texturePopUpButton10"));
+    EXPECT_TRUE(
+        has<QComboBox>(pageOf(*outlets._filterControlsTabView, "20"), "_texturePopUpButton20"));
+    EXPECT_TRUE(has<QComboBox>(pageOf(*outlets._filterControlsTabView, "30"),
+                               "_filtersGroupPopUpButton30"));
+}
+
+TEST_F(EditorForm, HasAPageForEveryGenerator)
+{
+    CIFMain plugIn;
+    EXPECT_EQ(outlets._GLIFControlsTabView->count(), static_cast<int>(std::size(kGeneratorPages)));
+    for (const GeneratorPage& expected : kGeneratorPages) {
+        const std::string generator = expected.generator;
+        QWidget* page = pageOf(*outlets._GLIFControlsTabView, expected.generator);
+        ASSERT_TRUE(page) << generator;
+        for (const char* row : expected.rows) {
+            const QString stem = QString("_") + row;
+            const bool odd = generator == "GLIF_TwistedSquares";
+            EXPECT_TRUE(has<ParameterSlider>(page, stem + "Slider")) << row;
+            EXPECT_TRUE(has<NumberField>(page, stem + (odd ? "NSTextField" : "TextField"))) << row;
+            EXPECT_TRUE(has<Stepper>(page, stem + "Stepper")) << row;
+        }
+        EXPECT_EQ(page->findChildren<ParameterSlider*>().size(),
+                  static_cast<qsizetype>(expected.rows.size()))
+            << generator;
+        const auto menus = page->findChildren<QComboBox*>();
+        EXPECT_EQ(menus.size(), expected.popUp ? 1 : 0) << generator;
+        if (!expected.popUp)
+            continue;
+        EXPECT_EQ(menus.front()->objectName(), QString("_%1PopUpButton").arg(expected.popUp));
+        // One item for each number that the generator describes. (Brushes are listed at run time.)
+        if (generator == "GLIF_Dabs")
+            continue;
+        plugIn.CIFSetEffectsSet(1);
+        const auto attributes = plugIn.CIFQueryAttributesForFilter(generator);
+        ASSERT_TRUE(attributes) << generator;
+        for (const char* key : {"GLIFShapesType", "GLIFIdFigure", "GLIFTypeCaps"})
+            if (const auto description = (*attributes)[key].dictionary()) {
+                EXPECT_EQ(menus.front()->count(), description->intValue("GLIFMaxValue", -1) + 1)
+                    << generator;
+            }
+    }
+}
+
+TEST_F(EditorForm, CutsNothingOffInAnyLanguage)
+{
+    for (const char* language : {"en", "de", "fr", "ja"}) {
+        foundation::setLanguage(language);
+        load();
+        outlets._texturePopUpButton10->addItem(localizedString("Glide Reflected"));
+        outlets._checkBox1->setText(localizedString("Preview"));
+        const QSize least = window->minimumSizeHint();
+        EXPECT_LE(least.width(), 1280) << language;
+        EXPECT_LE(least.height(), 720) << language;
+        show(least);
+        for (QWidget* page : pages()) {
+            showPage(*page);
+            expectNothingCutOff(language + std::string(", ") + page->objectName().toStdString());
+        }
+    }
+}
+
+// The names of all parameters of all filters, as the rows' labels show them.
+TEST_F(EditorForm, HasRoomForTheNamesOfAllParameters)
+{
+    CIFMain plugIn;
+    plugIn.CIFSetEffectsSet(0);
+    QSet<QString> keys;
+    for (const std::string& identifier : plugIn.CIFAllFilterIdentifiers())
+        if (const auto attributes = plugIn.CIFQueryAttributesForFilter(identifier))
+            for (const auto& [key, value] : *attributes)
+                if (const auto description = value.dictionary();
+                    description && description->stringValue("CIAttributeClass") == "NSNumber")
+                    keys.insert(
+                        QString::fromStdString(description->stringValue("CIAttributeDisplayName")));
+    keys.remove({});
+    ASSERT_GT(keys.size(), 20);
+    for (const char* language : {"en", "de", "fr", "ja"}) {
+        foundation::setLanguage(language);
+        load();
+        show(window->minimumSizeHint());
+        auto* label = window->findChild<QLabel*>("_labelTextField1");
+        for (const QString& key : keys) {
+            label->setText(localizedString(key.toStdString()) + u':');
+            QCoreApplication::sendPostedEvents();
+            QCoreApplication::processEvents();
+            EXPECT_GE(label->width(), label->sizeHint().width())
+                << language << ": " << label->text().toStdString();
+            // The column does not grow for it.
+            EXPECT_LE(outlets._controlsView->width(), 360) << label->text().toStdString();
+        }
+    }
+}
+
+TEST_F(EditorForm, NamesEveryControlForScreenReaders)
+{
+    for (const char* row :
+         {"1", "2", "3", "4", "1in10", "1in20", "2in20", "1in30", "2in30", "3in30"})
+        window->findChild<QLabel*>(QString("_labelTextField") + row)
+            ->setText(QString("Row %1:").arg(row));
+    outlets._checkBox1->setText("Preview");
+    int controls = 0;
+    const auto widgets = window->findChildren<QWidget*>();
+    for (QWidget* widget : widgets) {
+        const bool control =
+            (widget->focusPolicy() & Qt::TabFocus) != 0 || dynamic_cast<DecimalControl*>(widget) ||
+            qobject_cast<QAbstractButton*>(widget) || qobject_cast<QProgressBar*>(widget);
+        // Parts of the toolkit's own widgets have no names.
+        if (!control || !widget->objectName().startsWith(u'_'))
+            continue;
+        ++controls;
+        EXPECT_FALSE(nameOf(*widget).isEmpty()) << widget->objectName().toStdString();
+    }
+    EXPECT_GT(controls, 180);
+    EXPECT_EQ(nameOf(*window->findChild<QWidget*>("_slider2in30")), "Row 2in30");
+    EXPECT_EQ(nameOf(*window->findChild<QWidget*>("_plasmaSmoothStepper")), "Smoothness");
+    EXPECT_EQ(nameOf(*window->findChild<QWidget*>("_plasmaSmoothTextField")), "Smoothness:");
+}
+
+TEST_F(EditorForm, LeadsTheKeyboardFromTopToBottom)
+{
+    for (QWidget* one :
+         {static_cast<QWidget*>(outlets._undoButton), static_cast<QWidget*>(outlets._redoButton)})
+        one->setEnabled(true);
+    show({1280, 720});
+    for (QWidget* page : pages()) {
+        showPage(*page);
+        // Where Tab goes, in each of the three columns.
+        std::array<std::vector<QWidget*>, 3> columns;
+        QList<int> visited;
+        QWidget* first = outlets._windowTabSegmentButton;
+        for (QWidget* at = first;;) {
+            if (at->isVisible() && at->isEnabled() && (at->focusPolicy() & Qt::TabFocus) &&
+                at->objectName().startsWith(u'_') && !at->focusProxy())
+                for (int i = 0; i < 3; ++i)
+                    if (outlets._splitter->widget(i)->isAncestorOf(at)) {
+                        columns[i].push_back(at);
+                        visited.append(i);
+                    }
+            at = at->nextInFocusChain();
+            if (at == first)
+                break;
+        }
+        const std::string name = page->objectName().toStdString();
+        EXPECT_EQ(columns[0].front(), first);
+        EXPECT_EQ(columns[2].back(), outlets._buttonSet) << name;
+        EXPECT_GE(columns[2].size(), 6U) << name;
+        const auto bottomUp = [&](const QWidget* a, const QWidget* b) {
+            const QRect one(a->mapTo(window.get(), QPoint()), a->size());
+            const QRect two(b->mapTo(window.get(), QPoint()), b->size());
+            return two.bottom() < one.top() ||
+                   (two.right() < one.left() && one.top() <= two.bottom() &&
+                    two.top() <= one.bottom());
+        };
+        for (const auto& column : columns)
+            for (std::size_t i = 1; i < column.size(); ++i)
+                EXPECT_FALSE(bottomUp(column[i - 1], column[i]))
+                    << name << ": " << column[i - 1]->objectName().toStdString() << " before "
+                    << column[i]->objectName().toStdString();
+    }
+    // The lists do not keep the keyboard.
+    EXPECT_FALSE(outlets._tableView->tabKeyNavigation());
+    EXPECT_FALSE(outlets._GLIFTableView->tabKeyNavigation());
+}
+
+TEST_F(EditorForm, StaysAsItIsWhenTheBusyViewComes)
+{
+    show(window->minimumSizeHint());
+    EXPECT_FALSE(outlets._busyView->isVisible());
+    const auto places = [&] {
+        QList<QRect> all;
+        forEachShown([&](QWidget& widget) {
+            if (&widget != outlets._busyView && !outlets._busyView->isAncestorOf(&widget))
+                all.append(QRect(widget.mapTo(window.get(), QPoint()), widget.size()));
+        });
+        return all;
+    };
+    const QList<QRect> before = places();
+    outlets._busyView->show();
+    outlets._statusLabel->setText("A long text that does not fit into the bar by any means");
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(places(), before);
+    EXPECT_TRUE(outlets._stopButton->isVisible());
+}
+
+TEST_F(EditorForm, ScrollsTheControlsWhenTheWindowIsLow)
+{
+    auto* area = window->findChild<QScrollArea*>("_controlsScrollView");
+    ASSERT_TRUE(area);
+    showPage(*pageOf(*outlets._GLIFControlsTabView, "GLIF_ColourBars"));
+    show({window->minimumSizeHint().width(), window->minimumSizeHint().height()});
+    EXPECT_GT(area->verticalScrollBar()->maximum(), 0);
+    EXPECT_LE(area->widget()->width(), area->viewport()->width());
+    EXPECT_TRUE(window->rect().contains(
+        QRect(outlets._buttonSet->mapTo(window.get(), QPoint()), outlets._buttonSet->size())));
+    // As high as its own page, not as the highest.
+    const int high = area->verticalScrollBar()->maximum();
+    showPage(*pageOf(*outlets._GLIFControlsTabView, "dump"));
+    EXPECT_LT(area->verticalScrollBar()->maximum(), high);
+    show({1280, 720});
+    showPage(*pageOf(*outlets._GLIFControlsTabView, "GLIF_ColourBars"));
+    EXPECT_EQ(area->verticalScrollBar()->maximum(), 0);
+}
+
+TEST_F(EditorForm, IsMirroredForTheOtherReadingDirection)
+{
+    QApplication::setLayoutDirection(Qt::RightToLeft);
+    load();
+    show({1280, 720});
+    const auto left = [&](const char* name) {
+        return window->findChild<QWidget*>(name)->mapTo(window.get(), QPoint()).x();
+    };
+    EXPECT_GT(left("_tableView"), left("_scrollView"));
+    EXPECT_GT(left("_scrollView"), left("_slider1"));
+    EXPECT_GT(left("_labelTextField1"), left("_textField1"));
+    EXPECT_GT(left("_textField1"), left("_stepper1"));
+    // Latin text, too, begins on the right.
+    auto* label = window->findChild<QLabel*>("_labelTextField1");
+    EXPECT_TRUE(label->alignment().testFlag(Qt::AlignRight));
+    EXPECT_TRUE(label->alignment().testFlag(Qt::AlignAbsolute));
+}
+
+// Each of the signs can be told from the others, on the button it stands on.
+TEST_F(EditorForm, ShowsASignOnEverySmallButton)
+{
+    show({1280, 720});
+    QList<QImage> seen;
+    forEachShown([&](QWidget& widget) {
+        if (!widget.inherits("editor::GlyphButton"))
+            return;
+        EXPECT_TRUE(isGlyph(widget.property("glyph").toString()))
+            << widget.objectName().toStdString();
+        widget.setEnabled(true);
+        const QImage image = widget.grab().toImage();
+        EXPECT_FALSE(seen.contains(image)) << widget.objectName().toStdString();
+        seen.append(image);
+    });
+    EXPECT_EQ(seen.size(), 11);
+    const QImage before = outlets._favouriteButton->grab().toImage();
+    outlets._favouriteButton->setChecked(true);
+    EXPECT_NE(outlets._favouriteButton->grab().toImage(), before);
+}
