@@ -85,7 +85,8 @@ bool isWhole(const Value& value)
     return value.number() && value.number()->kind() == Number::Kind::Integer;
 }
 
-// The name of an input that is described without one: "inputFactorX" is "Factor X".
+// The name of an input that is described without one: "inputFactorX" is "Factor X", and
+// "inputColor0" is "Color 1".
 QString nameOfKey(const std::string& key)
 {
     QString name = fromUtf8(key.starts_with("input") ? key.substr(5) : key);
@@ -93,6 +94,8 @@ QString nameOfKey(const std::string& key)
         if ((name[i].isUpper() && name[i - 1].isLower()) ||
             (name[i].isDigit() && !name[i - 1].isDigit()))
             name.insert(i, QLatin1Char(' '));
+    if (name.endsWith(QLatin1String(" 0")) || name.endsWith(QLatin1String(" 1")))
+        name.back() = QChar(name.back().unicode() + 1);
     return name;
 }
 
