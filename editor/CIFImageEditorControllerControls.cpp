@@ -534,11 +534,10 @@ void CIFImageEditorController::selectFilterControlsWithTag(int tag)
         _CIFGroupName = group;
         _entryOfGroup[group] = _CIFFilterName;
     }
-    const DictionaryRef group =
-        _CIFPlugInInstance->CIFDescriptorForFilterNameWithGroups(_CIFGroupName);
-    if (QComboBox* menu = _outlets._filtersGroupPopUpButton30; menu && group) {
+    if (QComboBox* menu = _outlets._filtersGroupPopUpButton30) {
         menu->clear();
-        const auto items = filtersMenuWithGroupDesc((*group)["DESC_LIST"].array());
+        const auto items = filtersMenuWithGroupDesc(
+            _CIFPlugInInstance->CIFFiltersDescriptorForGroup(_CIFGroupName));
         for (const QAction* item : items->actions())
             menu->addItem(item->text().replace(QLatin1String("&&"), QLatin1String("&")),
                           item->data());

@@ -151,7 +151,6 @@ protected:
     }
     imaging::BitmapRef shown() { return pixelsOf(controller.outputImage()); }
     QUndoStack& steps() { return view().undoManager(); }
-    void chooseKeepingStatus(const std::string& identifier) { controller.chooseEntry(identifier); }
 };
 
 bool differ(const imaging::BitmapRef& a, const imaging::BitmapRef& b)
@@ -188,8 +187,7 @@ TEST_F(ParameterControls, ShowWhatDescriptionAndCatalogueSayOfEveryFilter)
                 }
                 // Rows in key order, from the top of the page.
                 const std::string suffix = entry.page == "0" ? "" : "in" + entry.page;
-                const std::string name =
-                    "_labelTextField" + std::to_string(++bound) + suffix;
+                const std::string name = "_labelTextField" + std::to_string(++bound) + suffix;
                 const auto& label = part<QLabel>(name.c_str());
                 EXPECT_TRUE(label.isVisible());
                 if (!row.label.empty()) {
@@ -219,15 +217,14 @@ TEST_F(ParameterControls, ShowWhatDescriptionAndCatalogueSayOfEveryFilter)
                 if (label->objectName().startsWith("_labelTextField") && !label->isVisible()) {
                     EXPECT_TRUE(label->text().isEmpty()) << label->objectName().toStdString();
                 }
-            for (QWidget* widget :
-                 page(parts()._filterControlsTabView).findChildren<QWidget*>())
+            for (QWidget* widget : page(parts()._filterControlsTabView).findChildren<QWidget*>())
                 if (auto* control = dynamic_cast<DecimalControl*>(widget)) {
                     EXPECT_EQ(widget->isVisible(), !control->representedObject.empty());
                     EXPECT_EQ(widget->isEnabled(), !control->representedObject.empty());
                 }
             Dictionary attributes = controller.attributes();
-            for (const char* handed : {"CIFinputCenter", "CIFinputTexture",
-                                       "CIFinputShadingImage", "GLIFRandomSeed"})
+            for (const char* handed :
+                 {"CIFinputCenter", "CIFinputTexture", "CIFinputShadingImage", "GLIFRandomSeed"})
                 attributes.remove(handed);
             EXPECT_EQ(attributes, expected);
         }
@@ -281,14 +278,15 @@ TEST_F(ParameterControls, ShowTheAdvertisedValuesOfEveryGenerator)
                                             : menu->itemData(0).toString().toStdString();
                 EXPECT_EQ(menu->currentIndex(), expected.intValue(key, -99));
                 if (identifier != "GLIF_Dabs") {
-                    EXPECT_EQ(menu->count(), (*all)[key].dictionary()->intValue("GLIFMaxValue", 0) + 1);
+                    EXPECT_EQ(menu->count(),
+                              (*all)[key].dictionary()->intValue("GLIFMaxValue", 0) + 1);
                 }
                 bound.insert(key);
                 ++menus;
             }
-            for (const char* color : {"GLIFColorScheme", "GLIFSchemeKeyColor", "GLIFColorRangeMin",
-                                      "GLIFColorRangeMax", "GLIFUseBackgroundColor",
-                                      "GLIFBackgroundColor"})
+            for (const char* color :
+                 {"GLIFColorScheme", "GLIFSchemeKeyColor", "GLIFColorRangeMin", "GLIFColorRangeMax",
+                  "GLIFUseBackgroundColor", "GLIFBackgroundColor"})
                 bound.insert(color);
             for (const std::string& key : keys)
                 EXPECT_TRUE(bound.contains(key)) << key;
@@ -382,8 +380,7 @@ TEST_F(ParameterControls, EachHandsOverItsValueAndChangesThePicture)
                                          controller.randomSeed())));
                 ++moved;
             }
-            for (QComboBox* menu :
-                 page(parts()._GLIFControlsTabView).findChildren<QComboBox*>()) {
+            for (QComboBox* menu : page(parts()._GLIFControlsTabView).findChildren<QComboBox*>()) {
                 if (!menu->isVisible())
                     continue;
                 controller.resetEntry();
@@ -422,4 +419,537 @@ TEST_F(ParameterControls, EachHandsOverItsValueAndChangesThePicture)
     edit(*plugin::resized(photo(), 720, 480, false), [&] { moveAll(filters); });
     EXPECT_EQ(unchanged, std::set<std::string>());
     EXPECT_EQ(moved, 249);
+}
+
+TEST_F(ParameterControls, OfARowAgreeAtOnce)
+{
+    edit(photo(), [&] {
+        choose("CIBoxBlur");
+        QTest::keyClick(&controlOf<editor::ParameterSlider>("inputRadius"), Qt::Key_Home);
+        expectAgreement("inputRadius", 1);
+        auto& field = controlOf<editor::NumberField>("inputRadius");
+        field.setFocus();
+        field.selectAll();
+        QTest::keyClicks(&field, "12.5");
+        QTest::keyClick(&field, Qt::Key_Return);
+        expectAgreement("inputRadius", 12.5);
+        EXPECT_EQ(numberOf("inputRadius").doubleValue(), 12.5);
+        auto& stepper = controlOf<editor::Stepper>("inputRadius");
+        stepper.stepBy(1);
+        expectAgreement("inputRadius", 12.5 + stepper.increment());
+        // Beyond the range is the end of it.
+        field.selectAll();
+        QTest::keyClicks(&field, "999");
+        QTest::keyClick(&field, Qt::Key_Return);
+        expectAgreement("inputRadius", 20);
+        EXPECT_EQ(numberOf("inputRadius").doubleValue(), 20);
+    });
+    generate({96, 64}, [&] {
+        choose("GLIF_HilbertCurve");
+        auto& stepper = controlOf<editor::Stepper>("GLIFCurveRange");
+        stepper.stepBy(-1);
+        expectAgreement("GLIFCurveRange", 5);
+        EXPECT_EQ(numberOf("GLIFCurveRange").doubleValue(), 5);
+    });
+}
+
+TEST_F(ParameterControls, KeepTheirValuesFromEntryToEntryAndRunToRun)
+{
+    edit(photo(), [&] {
+        choose("CIColorControls");
+        press("inputContrast", Qt::Key_End);
+        choose("CIWhitePointAdjust");
+        parts()._colorWell1->activate();
+        pickColor(QColor::fromRgbF(0.25, 0.5, 0.75));
+        EXPECT_EQ(parts()._colorWell1->color(), *controller.attributes()["inputColor"].color());
+        choose("CIColorControls");
+        expectAgreement("inputContrast", 4);
+        expectAgreement("inputSaturation", 1.5);
+        choose("CIWhitePointAdjust");
+        EXPECT_NEAR(parts()._colorWell1->color()->blue, 0.75, 0.01);
+    });
+    generate({96, 64}, [&] {
+        choose("GLIF_Foam");
+        pick(*parts()._colorSchemePopUpButton, 1);
+        choose("GLIF_Plasma");
+        choose("GLIF_Foam");
+        EXPECT_EQ(parts()._colorSchemePopUpButton->currentIndex(), 1);
+    });
+    edit(photo(), [&] {
+        choose("CIColorControls");
+        expectAgreement("inputContrast", 4);
+    });
+}
+
+TEST_F(ParameterControls, ColorsComeFromTheWellThatIsActive)
+{
+    edit(photo(), [&] {
+        choose("CIFalseColor");
+        ColorWell& first = *parts()._colorWell1;
+        ColorWell& second = *parts()._colorWell2;
+        const Dictionary before = controller.attributes();
+        controller.changeColor(Color::rgb(1, 0, 0));
+        EXPECT_EQ(controller.attributes(), before) << "no well is active";
+
+        second.activate();
+        pickColor(Qt::green);
+        waitForResult();
+        EXPECT_EQ(controller.attributes()["inputColor1"], Value(Color::rgb(0, 1, 0)));
+        EXPECT_EQ(controller.attributes()["inputColor0"], before["inputColor0"]);
+        first.activate();
+        EXPECT_FALSE(second.isActive());
+        pickColor(Qt::blue);
+        EXPECT_EQ(controller.attributes()["inputColor0"], Value(Color::rgb(0, 0, 1)));
+        EXPECT_EQ(first.color(), Color::rgb(0, 0, 1));
+
+        // A well that cannot be used takes nothing, and neither does one that is gone.
+        const Dictionary now = controller.attributes();
+        first.setEnabled(false);
+        pickColor(Qt::yellow);
+        EXPECT_EQ(controller.attributes(), now);
+        first.setEnabled(true);
+        first.activate();
+        choose("CIColorInvert");
+        EXPECT_FALSE(first.isActive());
+        controller.changeColor(Color::rgb(1, 0, 0));
+        EXPECT_FALSE(controller.attributes().contains("inputColor0"));
+        ColorPanel::sharedColorPanel().close();
+    });
+}
+
+TEST_F(ParameterControls, GeneratorsTakeColorsFromTheirPages)
+{
+    generate({96, 64}, [&] {
+        choose("GLIF_TwistPolygons");
+        CCColorSlider& range = *parts()._colorGradientSlider;
+        range.moveMarkTo(CCColorSlider::Mark::Start, 0.25);
+        range.moveMarkTo(CCColorSlider::Mark::End, 0.5);
+        EXPECT_DOUBLE_EQ(numberOf("GLIFColorRangeMin").doubleValue(), range.getRangeMinValue());
+        EXPECT_DOUBLE_EQ(numberOf("GLIFColorRangeMax").doubleValue(), range.getRangeMaxValue());
+        EXPECT_NEAR(numberOf("GLIFColorRangeMin").doubleValue(), 0.25, 0.01);
+        waitForResult();
+
+        QCheckBox& use = *parts()._useBackColorButton2;
+        ColorWell& well = *parts()._backColorWell2;
+        const auto white = shown();
+        use.click();
+        waitForResult();
+        EXPECT_EQ(controller.attributes()["GLIFUseBackgroundColor"], Value(true));
+        EXPECT_EQ(controller.attributes()["GLIFBackgroundColor"], Value(Color::white()));
+        EXPECT_TRUE(differ(white, shown()));
+        const auto over = shown();
+        well.activate();
+        pickColor(Qt::red);
+        waitForResult();
+        EXPECT_EQ(controller.attributes()["GLIFBackgroundColor"], Value(Color::rgb(1, 0, 0)));
+        EXPECT_TRUE(differ(over, shown()));
+        use.click();
+        EXPECT_EQ(controller.attributes()["GLIFUseBackgroundColor"], Value(false));
+        ColorPanel::sharedColorPanel().close();
+
+        choose("GLIF_Foam");
+        CCColorSlider& key = *parts()._colorSchemeSlider;
+        key.moveMarkTo(CCColorSlider::Mark::Start, 0.75);
+        EXPECT_NEAR(numberOf("GLIFSchemeKeyColor").doubleValue(), 0.75, 0.01);
+        pick(*parts()._colorSchemePopUpButton, 3);
+        EXPECT_EQ(numberOf("GLIFColorScheme").intValue(), 3);
+        EXPECT_EQ(numberOf("GLIFColorScheme").kind(), Number::Kind::Integer);
+        // Without a colour of its own there is none to hand over.
+        choose("GLIF_Parquet");
+        parts()._useBackColorButton1->click();
+        EXPECT_EQ(controller.attributes()["GLIFUseBackgroundColor"], Value(true));
+        EXPECT_FALSE(controller.attributes().contains("GLIFBackgroundColor"));
+    });
+}
+
+TEST_F(ParameterControls, IgnoreWhatIsBoundToNothing)
+{
+    edit(photo(), [&] {
+        choose("CIHueAdjust");
+        const Dictionary before = controller.attributes();
+        editor::ParameterSlider stray;
+        controller.changeFilterDecimalControl(stray);
+        QComboBox menu;
+        menu.addItem("nothing");
+        controller.changeFilterPopUpControl(menu);
+        controller.changeFilterFromPopUpControl(menu);
+        controller.changeFilterColorSchemeControl(menu);
+        CCColorSlider slider;
+        controller.changeFilterColorSliderControl(slider);
+        EXPECT_EQ(controller.attributes(), before);
+        EXPECT_EQ(controller.filterName(), "CIHueAdjust");
+        EXPECT_FALSE(steps().canUndo());
+    });
+}
+
+namespace {
+
+// The sheet that asks for a file.
+QFileDialog& panelOf(QMainWindow& window)
+{
+    for (auto* panel : window.findChildren<QFileDialog*>())
+        if (panel->isVisible())
+            return *panel;
+    throw std::runtime_error("no panel is open");
+}
+
+int otherItem(const QComboBox& menu)
+{
+    return menu.findText("Other...");
+}
+
+} // namespace
+
+TEST_F(ParameterControls, TakeATextureOrABrushFromAFile)
+{
+    const TemporaryFolder folder;
+    QImage grey(16, 16, QImage::Format_RGB888);
+    grey.fill(QColor(200, 200, 200));
+    const QString good = QString::fromStdString((folder.path() / "grey.png").string());
+    ASSERT_TRUE(grey.save(good));
+    const QString bad = QString::fromStdString(folder.write("bad.png", "not a picture").string());
+
+    const auto choosesFile = [&](const QString& file) {
+        QFileDialog& panel = panelOf(window());
+        EXPECT_EQ(panel.windowModality(), Qt::WindowModal);
+        QTest::qWait(0);
+        panel.selectFile(file);
+        panel.findChild<QLineEdit*>("fileNameEdit")->setText(file);
+        QMetaObject::invokeMethod(&panel, "accept");
+        waitFor([&] { return !panel.isVisible(); });
+        waitForResult();
+    };
+    edit(photo(), [&] {
+        choose("CIGlassDistortion");
+        QComboBox& menu = *parts()._texturePopUpButton10;
+        const PictureRef first = controller.textureImage();
+        ASSERT_TRUE(first);
+        EXPECT_EQ(controller.textureImage(), first) << "it is loaded once";
+        const auto before = shown();
+        pick(menu, 1);
+        waitForResult();
+        EXPECT_TRUE(differ(before, shown()));
+        const PictureRef second = controller.textureImage();
+        EXPECT_NE(second, first);
+
+        pick(menu, otherItem(menu));
+        panelOf(window()).reject();
+        EXPECT_EQ(menu.currentIndex(), otherItem(menu)) << "stays there";
+        EXPECT_EQ(controller.attributes()["CIFinputTexture"].picture(), second);
+        pick(menu, otherItem(menu));
+        const auto with = shown();
+        choosesFile(good);
+        EXPECT_EQ(controller.textureImage()->size(), (foundation::Size{16, 16}));
+        EXPECT_EQ(controller.attributes()["CIFinputTexture"].picture(), controller.textureImage());
+        EXPECT_TRUE(differ(with, shown()));
+        EXPECT_TRUE(parts()._statusLabel->text().isEmpty());
+
+        const PictureRef own = controller.textureImage();
+        pick(menu, otherItem(menu));
+        choosesFile(bad);
+        EXPECT_EQ(controller.textureImage(), own);
+        EXPECT_TRUE(parts()._statusLabel->text().contains("bad.png"));
+    });
+    generate({96, 64}, [&] {
+        choose("GLIF_Dabs");
+        QComboBox& menu = *parts()._dabsTypePopUpButton;
+        const PictureRef first = controller.brushImage();
+        EXPECT_EQ(controller.attributes()["GLIFBrush"].picture(), first);
+        pick(menu, otherItem(menu));
+        choosesFile(good);
+        const PictureRef own = controller.brushImage();
+        EXPECT_EQ(controller.attributes()["GLIFBrush"].picture(), own);
+        // Grey became black, as opaque as it was bright.
+        EXPECT_EQ(own->bitmap()->rowAs<std::uint8_t>(3)[0], 0);
+        EXPECT_EQ(own->bitmap()->rowAs<std::uint8_t>(3)[3], 200);
+        pick(menu, otherItem(menu));
+        choosesFile(bad);
+        EXPECT_EQ(controller.brushImage(), own);
+        pick(menu, otherItem(menu));
+        panelOf(window()).reject();
+        waitForResult();
+        EXPECT_EQ(menu.currentIndex(), 0);
+        EXPECT_EQ(controller.brushImage(), first);
+        EXPECT_EQ(controller.attributes()["GLIFBrush"].picture(), first);
+    });
+}
+
+TEST_F(ParameterControls, MaterialsHaveNoFileOfTheirOwn)
+{
+    edit(photo(), [&] {
+        choose("CIFShadingFilter");
+        QComboBox& menu = *parts()._texturePopUpButton20;
+        EXPECT_EQ(otherItem(menu), -1);
+        EXPECT_EQ(static_cast<std::size_t>(menu.count()),
+                  controller.plugIn()->CIFShadingMaterialNames()->size());
+        auto before = shown();
+        for (int i = 1; i < menu.count(); ++i) {
+            pick(menu, i);
+            waitForResult();
+            EXPECT_TRUE(differ(before, shown())) << menu.itemText(i).toStdString();
+            before = shown();
+        }
+        EXPECT_EQ(controller.attributes()["CIFinputShadingImage"].picture(),
+                  controller.shadedMaterialImage());
+    });
+}
+
+TEST_F(ParameterControls, CropOnlySelectsAndReturnAccepts)
+{
+    const bool accepted = edit(photo(), [&] {
+        choose("CIColorInvert");
+        EXPECT_EQ(controller.editMode(), 1);
+        EXPECT_FALSE(qobject_cast<QPushButton*>(parts()._buttonSet)->isDefault());
+        QTest::keyClick(&window(), Qt::Key_Return);
+        choose("Crop");
+        EXPECT_EQ(controller.editMode(), 0);
+        EXPECT_EQ(controller.pointingMode(), 0);
+        EXPECT_TRUE(same(controller.outputImage(), controller.picture()));
+        EXPECT_TRUE(qobject_cast<QPushButton*>(parts()._buttonSet)->isDefault());
+        for (QLabel* label : page(parts()._filterControlsTabView).findChildren<QLabel*>())
+            EXPECT_TRUE(label->text().isEmpty());
+        view().setSelection({10, 10, 30, 20});
+        // The selection comes back with the entry.
+        choose("CIHueAdjust");
+        choose("Crop");
+        EXPECT_TRUE(controller.isSelected());
+        EXPECT_EQ(controller.getSelectedRect(), (foundation::Rect{10, 10, 30, 20}));
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&window()));
+        QTest::keyClick(&window(), Qt::Key_Return);
+    });
+    EXPECT_TRUE(accepted);
+}
+
+TEST_F(ParameterControls, AreNamedInTheUsersLanguage)
+{
+    foundation::setLanguage("de");
+    CIFMain plugIn;
+    // Words that are the same in both.
+    const std::set<std::string> alike = {"EV", "Radius", "Epsilon", "Kompression"};
+    edit(photo(), [&] {
+        for (const DictionaryRef& descriptor : descriptorsOf(plugIn.CIFAllFilterDescriptors())) {
+            const Entry entry = filterEntry(plugIn, *descriptor);
+            SCOPED_TRACE(entry.identifier);
+            choose(entry.identifier);
+            for (const Row& row : entry.rows) {
+                const std::string name =
+                    controlsOf(row.key).front()->widget().accessibleName().toStdString();
+                EXPECT_TRUE(name != row.label || alike.contains(name)) << name;
+                EXPECT_EQ(name, controller.labelOfKey(row.key).toStdString());
+            }
+        }
+        choose("CIFourfoldReflectedTile");
+        EXPECT_EQ(parts()._filtersGroupPopUpButton30->count(), 4);
+        choose("CIGlassDistortion");
+        EXPECT_EQ(parts()._texturePopUpButton10->currentText(),
+                  QString::fromStdString(foundation::localizedString(
+                      controller.plugIn()->CIFGlassTextureNames()->front())));
+        press("inputScale", Qt::Key_Home);
+        EXPECT_EQ(steps().undoText(), "Maßstab ändern");
+        choose("CIColorMonochrome");
+        EXPECT_EQ(parts()._labelColorWell1->text(), "Farbe:");
+    });
+    generate({96, 64}, [&] {
+        choose("GLIF_Plasma");
+        press("GLIFSmoothness", Qt::Key_End);
+        EXPECT_EQ(steps().undoText(), "Glätte ändern");
+        choose("GLIF_Triangles");
+        EXPECT_EQ(parts()._useBackColorButton1->text(), "Linienfarbe:");
+    });
+    foundation::setLanguage("C");
+}
+
+TEST_F(ParameterControls, UndoLeadsBackStepByStep)
+{
+    edit(photo(), [&] {
+        choose("CIColorControls");
+        // A drag is one step, whatever it passes.
+        auto& slider = controlOf<editor::ParameterSlider>("inputSaturation");
+        const QPoint middle = slider.rect().center();
+        QTest::mousePress(&slider, Qt::LeftButton, {}, middle);
+        for (int dx = 5; dx <= 40; dx += 5)
+            QTest::mouseMove(&slider, middle + QPoint(dx, 0));
+        QTest::mouseRelease(&slider, Qt::LeftButton, {}, middle + QPoint(40, 0));
+        const double dragged = slider.doubleValue();
+        EXPECT_NE(dragged, 1.5);
+        EXPECT_EQ(steps().count(), 1);
+        EXPECT_EQ(steps().undoText(), "Change Saturation");
+        // Another press of the same control is another.
+        press("inputSaturation", Qt::Key_Home);
+        EXPECT_EQ(steps().count(), 2);
+        press("inputSaturation", Qt::Key_PageUp, 3);
+        EXPECT_EQ(steps().count(), 2);
+        press("inputContrast", Qt::Key_End);
+        EXPECT_EQ(steps().count(), 3);
+        press("inputContrast", Qt::Key_Home);
+        EXPECT_EQ(steps().count(), 3);
+        // Until there was a pause.
+        QTimer& pause = *controller.findChild<QTimer*>("changePause");
+        pause.setInterval(0);
+        press("inputBrightness", Qt::Key_End);
+        waitFor([&] { return !pause.isActive(); });
+        press("inputBrightness", Qt::Key_Home);
+        EXPECT_EQ(steps().count(), 5);
+        pause.setInterval(1000);
+
+        const auto last = shown();
+        controller.undoButton();
+        expectAgreement("inputBrightness", 1);
+        controller.undoButton();
+        expectAgreement("inputBrightness", 0);
+        controller.undoButton();
+        expectAgreement("inputContrast", 1.3);
+        controller.undoButton();
+        expectAgreement("inputSaturation", dragged);
+        controller.undoButton();
+        expectAgreement("inputSaturation", 1.5);
+        EXPECT_FALSE(parts()._undoButton->isEnabled());
+        while (steps().canRedo())
+            controller.redoButton();
+        waitForResult();
+        EXPECT_FALSE(differ(last, shown()));
+
+        // A change that leads nowhere leaves no step.
+        choose("CIGammaAdjust");
+        const int count = steps().count();
+        press("inputPower", Qt::Key_Right);
+        press("inputPower", Qt::Key_Left);
+        EXPECT_EQ(steps().count(), count);
+    });
+}
+
+TEST_F(ParameterControls, UndoChoosesTheEntryThatWasChanged)
+{
+    edit(photo(), [&] {
+        choose("CIBoxBlur");
+        press("inputRadius", Qt::Key_End);
+        choose("CIGlassDistortion");
+        pick(*parts()._texturePopUpButton10, 2);
+        choose("CIFalseColor");
+        parts()._colorWell1->activate();
+        pickColor(Qt::green);
+        ColorPanel::sharedColorPanel().close();
+        choose("CITwirlDistortion");
+        // The centre, by a drag.
+        view().mouseDown({20, 20});
+        view().mouseDragged({30, 25});
+        view().mouseDragged({40, 30});
+        view().mouseUp();
+        EXPECT_EQ(steps().undoText(), "Move Center");
+        EXPECT_EQ(controller.attributes()["CIFinputCenter"], Value(foundation::Point{40, 30}));
+        EXPECT_EQ(steps().count(), 4);
+        choose("Crop");
+
+        controller.undoButton();
+        EXPECT_EQ(controller.filterName(), "CITwirlDistortion");
+        EXPECT_EQ(controller.attributes()["CIFinputCenter"], Value(foundation::Point{48, 32}));
+        EXPECT_EQ(view().centerHandle(), (foundation::Point{48, 32}));
+        controller.undoButton();
+        EXPECT_EQ(controller.filterName(), "CIFalseColor");
+        EXPECT_EQ(*parts()._colorWell1->color(), Color::rgb(0.3f, 0, 0));
+        controller.undoButton();
+        EXPECT_EQ(controller.filterName(), "CIGlassDistortion");
+        EXPECT_EQ(parts()._texturePopUpButton10->currentIndex(), 0);
+        controller.undoButton();
+        EXPECT_EQ(controller.filterName(), "CIBoxBlur");
+        expectAgreement("inputRadius", 7);
+        EXPECT_EQ(parts()._filtersGroupPopUpButton30->currentData().toString(), "CIBoxBlur");
+        EXPECT_FALSE(steps().canUndo());
+        for (int i = 0; i < 4; ++i)
+            controller.redoButton();
+        EXPECT_EQ(controller.attributes()["CIFinputCenter"], Value(foundation::Point{40, 30}));
+        choose("CIBoxBlur");
+        expectAgreement("inputRadius", 20);
+        choose("CIGlassDistortion");
+        EXPECT_EQ(parts()._texturePopUpButton10->currentIndex(), 2);
+    });
+}
+
+TEST_F(ParameterControls, ShareTheStepsOfGenerate)
+{
+    generate({96, 64}, [&] {
+        choose("GLIF_Foam");
+        const auto first = shown();
+        const std::uint32_t seed = controller.randomSeed();
+        press("GLIFSize", Qt::Key_Home);
+        const auto small = shown();
+        controller.generateWithSeed(77);
+        waitForResult();
+        pick(part<QComboBox>("_foamFigurePopUpButton"), 1);
+        waitForResult();
+        EXPECT_EQ(steps().count(), 3);
+        controller.undoButton();
+        EXPECT_EQ(numberOf("GLIFIdFigure").intValue(), 0);
+        EXPECT_EQ(controller.randomSeed(), 77u);
+        controller.undoButton();
+        waitForResult();
+        EXPECT_EQ(controller.randomSeed(), seed);
+        EXPECT_FALSE(differ(small, shown()));
+        controller.undoButton();
+        waitForResult();
+        EXPECT_FALSE(differ(first, shown()));
+        expectAgreement("GLIFSize", 62);
+        controller.redoButton();
+        controller.redoButton();
+        EXPECT_EQ(controller.randomSeed(), 77u);
+        expectAgreement("GLIFSize", 10);
+        // Another generator begins anew; a filter does not.
+        choose("GLIF_Plasma");
+        EXPECT_EQ(steps().count(), 0);
+        press("GLIFSmoothness", Qt::Key_End);
+        controller.selectTab("filters");
+        choose("CIHueAdjust");
+        EXPECT_EQ(steps().count(), 1);
+        controller.undoButton();
+        EXPECT_EQ(controller.selectedTab(), "generators");
+        EXPECT_EQ(controller.filterName(), "GLIF_Plasma");
+        expectAgreement("GLIFSmoothness", 5);
+        EXPECT_TRUE(steps().canRedo());
+    });
+}
+
+TEST_F(ParameterControls, ResetBringsBackTheFirstValues)
+{
+    edit(photo(), [&] {
+        choose("CIGlassDistortion");
+        const Dictionary first = controller.attributes();
+        press("inputScale", Qt::Key_End);
+        pick(*parts()._texturePopUpButton10, 3);
+        view().mouseDown({20, 20});
+        view().mouseUp();
+        choose("CIHueAdjust");
+        choose("CIGlassDistortion");
+        expectAgreement("inputScale", 500);
+        click(parts()._resetButton);
+        waitForResult();
+        EXPECT_EQ(controller.attributes(), first);
+        EXPECT_EQ(steps().undoText(), "Reset Values");
+        controller.undoButton();
+        expectAgreement("inputScale", 500);
+        EXPECT_EQ(parts()._texturePopUpButton10->currentIndex(), 3);
+        EXPECT_EQ(controller.attributes()["CIFinputCenter"], Value(foundation::Point{20, 20}));
+
+        // One value, by a double click on its label.
+        choose("CITorusLensDistortion");
+        press("inputWidth", Qt::Key_Home);
+        press("inputRadius", Qt::Key_Home);
+        QTest::mouseDClick(&part<QLabel>("_labelTextField2"), Qt::LeftButton);
+        expectAgreement("inputWidth", 80);
+        expectAgreement("inputRadius", 0);
+        EXPECT_EQ(steps().undoText(), "Reset Width");
+        controller.resetValue("inputNothing");
+        controller.resetValue("");
+        EXPECT_EQ(steps().undoText(), "Reset Width");
+        controller.resetValue("inputCenter");
+        EXPECT_EQ(controller.attributes()["CIFinputCenter"], Value(foundation::Point{48, 32}));
+    });
+    generate({96, 64}, [&] {
+        choose("GLIF_Plasma");
+        parts()._colorGradientSlider->moveMarkTo(CCColorSlider::Mark::End, 0.75);
+        press("GLIFSmoothness", Qt::Key_End);
+        QTest::mouseDClick(&part<QLabel>("_plasmaSmoothLabel"), Qt::LeftButton);
+        expectAgreement("GLIFSmoothness", 5);
+        controller.resetValue("GLIFColorRangeMin");
+        EXPECT_FLOAT_EQ(parts()._colorGradientSlider->getRangeMaxValue(), 0.28);
+    });
 }
