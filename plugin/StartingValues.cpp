@@ -241,7 +241,12 @@ void Range::widenTo(double value)
 
 bool Range::contains(double value) const
 {
-    return !(minimum && !(value >= *minimum)) && !(maximum && !(value <= *maximum));
+    // Controls hand over single precision, which may lie a little outside the end that it means.
+    const auto isEnd = [&](double end) {
+        return static_cast<float>(value) == static_cast<float>(end);
+    };
+    return !(minimum && !(value >= *minimum || isEnd(*minimum))) &&
+           !(maximum && !(value <= *maximum || isEnd(*maximum)));
 }
 
 const Parameter* Entry::find(std::string_view key) const
