@@ -5,6 +5,7 @@
 #include "editor/CIFImageEditorView.h"
 #include "editor/CIFImageInfoController.h"
 #include "editor/ColorWell.h"
+#include "editor/Commands.h"
 #include "editor/DecimalControl.h"
 #include "editor/Forms.h"
 #include "editor/PictureScrollView.h"
@@ -365,6 +366,8 @@ bool CIFImageEditorController::startRun(EffectsSet set, const PictureRef& pictur
         updateFilterControlsWithKeysAttrDesc({}, nullptr, nullptr);
         updateControls();
     }
+    if (_commands)
+        _commands->restoreEntry(selection != nullptr);
     return runModally();
 }
 
@@ -416,6 +419,9 @@ void CIFImageEditorController::runDidEnd()
     if (_outlets._splitter)
         editor::Preferences().setValue(QLatin1String(kSplitterKey),
                                        _outlets._splitter->saveState());
+    _isPreviewOn = true;
+    if (_commands)
+        _commands->runDidEnd(_modalCode != 0);
 }
 
 void CIFImageEditorController::onCloseEditor(QObject* sender)

@@ -54,6 +54,7 @@ struct Parameter;
 
 namespace editor {
 class ColorWell;
+class Commands;
 class DecimalControl;
 } // namespace editor
 
@@ -152,6 +153,13 @@ public:
     // Does something as soon as no result is being waited for: at once, or when it has arrived. One
     // that was stopped is begun again; what still waits when a result is stopped is not done.
     void whenResultIsThere(std::function<void()> action);
+    // Off, the original is shown and nothing is rendered until a result is needed.
+    void setPreviewOn(bool on);
+    bool isPreviewOn() const { return _isPreviewOn; }
+    // Accepted, and waits for the result.
+    bool isClosing() const { return _isClosing; }
+    // What the user is told; empty for nothing.
+    void showStatus(const QString& text);
     // A result is being waited for.
     bool isWaiting() const { return _wanted.has_value(); }
     editor::EffectRunner& runner() { return *_runner; }
@@ -265,10 +273,26 @@ public:
     // --- Recipes, favourites, presets ---
 
     // The current entry with its values, as it would be written down. Nothing without an entry that
-    // is applied.
+    // is applied. A centre that the user did not move is left out, so that a repeat takes the centre
+    // of its own picture.
     std::optional<plugin::RecipeStep> currentStep() const;
-    // Chooses the step's entry and takes its values. The error is for the user.
-    foundation::Result<void> takeStep(const plugin::RecipeStep& step);
+    // Chooses the step's entry and takes its values and seed, what it does not set being as at the
+    // start: one step of undo. Nothing changes when it is not valid; the error is for the user.
+    foundation::Status takeStep(const plugin::RecipeStep& step);
+    // What was applied since the last generator, and the current step.
+    plugin::Recipe currentRecipe() const;
+    // Takes the steps one after another, each applied to what the one before has made. Nothing
+    // changes when one of them is not valid.
+    foundation::Status takeRecipe(const plugin::Recipe& recipe);
+    // In the user's language; empty when neither catalogue has the entry.
+    QString nameOfEntry(const std::string& identifier) const;
+    // Whether the lists are to show a row, by its identifier: favourites, and groups that have some,
+    // while only these are shown.
+    std::function<bool(const std::string& identifier)> favouritesFilter() const;
+    // After the favourites changed, or whether only they are shown.
+    void favouritesDidChange();
+    // Menus, shortcuts and what goes with them; null before the window is loaded.
+    editor::Commands* commands() const;
     plugin::EditRecord record() const override;
 
     // --- Toolbar, menus, cursors ---
@@ -301,6 +325,11 @@ public:
 
     const editor::EditorOutlets& outlets() const { return _outlets; }
 
+Q_SIGNALS:
+    // The entry, its values or the seed: the current effect was applied anew.
+    void effectDidChange();
+    void statusDidChange();
+
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -319,11 +348,18 @@ private:
     void createCommands(); // menus, shortcuts, and the buttons that are neither
     bool runModally();
     void stopModalWithCode(int code);
+
+    // Recipes.
+    class TakenStep;
+    std::string pictureNameOf(plugin::ValueKind kind) const;
+    foundation::Result<plugin::PreparedStep> checkedStep(const plugin::RecipeStep& step) const;
+    foundation::DictionaryRef descriptorOf(const std::string& identifier) const;
+    void takeStepsFrom(const plugin::Recipe& recipe, std::size_t first);
+
     void runDidEnd();
     void fillMenu(QComboBox* menu, const std::vector<std::string>& names, bool isLocalized,
                   bool hasOther);
     void showScale(double sliderValue);
-    void showStatus(const QString& text);
     void sightDidChange();
     void wantResult(const editor::Effect& effect);
     void resultDidArrive(const editor::Effect& effect, const PictureRef& result);
@@ -387,6 +423,8 @@ private:
     QUndoStack* undoStack() const;
 
     editor::EditorOutlets _outlets;
+    QPointer<editor::Commands> _commands; // the window's
+    bool _isPreviewOn = true;
     QPointer<QMainWindow> _window;
     QPointer<QToolBar> _toolbar;
     std::unique_ptr<CIFMain> _CIFPlugInInstance;

@@ -469,6 +469,7 @@ void CIFImageEditorController::filterRows(QTableView& list, const CatalogueModel
 {
     const QStringList words =
         editor::searchWords(_outlets._searchField ? _outlets._searchField->text() : QString());
+    const auto isWanted = favouritesFilter();
     int category = -1;
     bool categoryHasHits = false;
     const auto finishCategory = [&] {
@@ -484,7 +485,8 @@ void CIFImageEditorController::filterRows(QTableView& list, const CatalogueModel
             continue;
         }
         const bool isHit =
-            editor::hasWords(index.data(CatalogueModel::SearchRole).toString(), words);
+            editor::hasWords(index.data(CatalogueModel::SearchRole).toString(), words) &&
+            isWanted(index.data(CatalogueModel::IdentifierRole).toString().toStdString());
         list.setRowHidden(row, !isHit);
         categoryHasHits |= isHit;
     }

@@ -231,6 +231,7 @@ void CIFImageEditorController::applyFilterWithAttributes(const std::string& iden
             return;
     }
     updateControls();
+    Q_EMIT effectDidChange();
 }
 
 void CIFImageEditorController::wantResult(const editor::Effect& effect)
@@ -242,6 +243,13 @@ void CIFImageEditorController::wantResult(const editor::Effect& effect)
         if (std::exchange(_wanted, std::nullopt))
             _runner->stop();
         showResult(_shownResult);
+        return;
+    }
+    if (!_isPreviewOn && _whenResultIsThere.empty()) {
+        // Until somebody needs it.
+        if (std::exchange(_wanted, std::nullopt))
+            _runner->stop();
+        _stopped = effect;
         return;
     }
     CIFImageEditorView* view = pictureView();
@@ -463,12 +471,6 @@ void CIFImageEditorController::scrollWheelDidChange()
         return;
     const double scale = double(pictureView()->getScaleFactor());
     showScale(scale >= 1 ? (scale - 1) * 8 : -(1 / scale - 1) * 8);
-}
-
-void CIFImageEditorController::showStatus(const QString& text)
-{
-    if (_outlets._statusLabel)
-        _outlets._statusLabel->setText(text);
 }
 
 void CIFImageEditorController::changeGeneratorImageSize()

@@ -75,6 +75,7 @@ EditorOutlets EditorOutlets::of(QWidget& window)
     FIND(_entryTitle);
     FIND(_presetsButton);
     FIND(_favouriteButton);
+    FIND(_favouritesButton);
     FIND(_resetButton);
     FIND(_compareButton);
     FIND(_splitButton);

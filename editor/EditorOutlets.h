@@ -78,6 +78,7 @@ struct EditorOutlets {
     QLabel* _entryTitle = nullptr; // the name of the current entry
     QToolButton* _presetsButton = nullptr;
     QToolButton* _favouriteButton = nullptr; // checkable
+    QAbstractButton* _favouritesButton = nullptr; // checkable: lists show favourites only
     QAbstractButton* _resetButton = nullptr;
     QAbstractButton* _compareButton = nullptr; // shows the original while it is held
     QAbstractButton* _splitButton = nullptr;   // checkable

@@ -1,0 +1,636 @@
+// Menus, shortcuts, recipes and presets of the window, driven as a user drives them.
+#include "EditorRun.h"
+
+#include "editor/Commands.h"
+#include "editor/DecimalControl.h"
+#include "editor/Preferences.h"
+#include "platform/codecs/Codecs.h"
+#include "plugin/Recipe.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDropEvent>
+#include <QInputDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QProgressBar>
+#include <QTableView>
+#include <QToolButton>
+#include <QTreeWidget>
+#include <QUrl>
+
+#include <map>
+
+namespace {
+
+using foundation::Value;
+using plugin::RecipeStep;
+
+class EditorCommands : public EditorRun {
+protected:
+    editor::Commands& commands() { return *controller.commands(); }
+    QAction& action(const char* name)
+    {
+        QAction* found = commands().action(name);
+        if (!found)
+            throw std::runtime_error(std::string("there is no command ") + name);
+        return *found;
+    }
+    void press(const QKeySequence& keys, QWidget* focused = nullptr)
+    {
+        QTest::keySequence(focused ? focused : &view(), keys);
+    }
+    int results() { return controller.runner().counters().results; }
+    QString status() { return parts()._statusLabel->text(); }
+    // The titles of a menu's items as they are when it is shown.
+    static QStringList itemsOf(QMenu& menu)
+    {
+        Q_EMIT menu.aboutToShow();
+        QStringList titles;
+        for (const QAction* item : menu.actions())
+            titles << item->text();
+        return titles;
+    }
+    static QAction* itemOf(QMenu& menu, const QString& title)
+    {
+        Q_EMIT menu.aboutToShow();
+        for (QAction* item : menu.actions())
+            if (item->text() == title)
+                return item;
+        throw std::runtime_error("the menu has no " + title.toStdString());
+    }
+    void setSlider(const char* name, double value)
+    {
+        part<editor::ParameterSlider>(name).changeValue(value);
+    }
+    static std::string clipboard() { return QGuiApplication::clipboard()->text().toStdString(); }
+
+    // All that can be chosen, members of groups instead of the groups.
+    std::vector<std::string> entries(std::uint32_t set)
+    {
+        CIFMain plugIn;
+        plugIn.CIFSetEffectsSet(set);
+        std::vector<std::string> all;
+        for (const std::string& id : plugIn.CIFAllFilterIdentifiers()) {
+            const auto members = plugIn.CIFFiltersDescriptorForGroup(id);
+            if (members && !members->empty()) {
+                for (const Value& member : *members)
+                    all.push_back(member.dictionary()->stringValue("CIFFilterIdentifier"));
+            } else if (plugIn.CIFDescriptorForFilterName(id) && id != "Crop") {
+                all.push_back(id);
+            }
+        }
+        return all;
+    }
+    // The picture that a recipe's step makes without the window.
+    PictureRef madeBy(const RecipeStep& step, const PictureRef& picture)
+    {
+        CIFMain plugIn;
+        const auto entry = plugin::describeEntry(plugIn, step.identifier);
+        const auto prepared =
+            plugin::prepareStep(plugIn, *entry, step, picture->size(), plugin::Checking::Strict);
+        EXPECT_TRUE(prepared) << plugin::recipeText({step}) << prepared.error().text;
+        return prepared ? applied(step.identifier, prepared->attributes, picture,
+                                  prepared->asRun.seed.value_or(0))
+                        : nullptr;
+    }
+    // What is written down makes what is shown, also after text and back.
+    void expectStepMakesWhatIsShown(const PictureRef& picture)
+    {
+        const auto step = controller.currentStep();
+        ASSERT_TRUE(step) << controller.filterName();
+        const auto read = plugin::parseRecipe(plugin::recipeText({*step}));
+        ASSERT_TRUE(read) << read.error();
+        EXPECT_EQ(read->at(0), *step);
+        const PictureRef made = madeBy(*step, picture);
+        ASSERT_TRUE(made) << plugin::recipeText({*step});
+        EXPECT_TRUE(same(made, controller.outputImage())) << plugin::recipeText({*step});
+    }
+};
+
+TEST_F(EditorCommands, EveryEntryIsWrittenDownAsItIsShown)
+{
+    const PictureRef picture = photo();
+    edit(picture, [&] {
+        for (const std::uint32_t set : {0u, 1u})
+            for (const std::string& id : entries(set)) {
+                choose(id);
+                expectStepMakesWhatIsShown(picture);
+            }
+    });
+}
+
+// What the controls can reach is valid everywhere else.
+TEST_F(EditorCommands, EndsOfAllSlidersAreValidInRecipes)
+{
+    edit(photo(), [&] {
+        CIFMain plugIn;
+        for (const std::uint32_t set : {0u, 1u})
+            for (const std::string& id : entries(set)) {
+                choose(id);
+                for (const bool most : {false, true}) {
+                    for (auto* slider : window().findChildren<editor::ParameterSlider*>())
+                        if (slider->isVisible() && !slider->representedObject.empty())
+                            slider->changeValue(most ? slider->maxValue() : slider->minValue());
+                    const auto step = controller.currentStep();
+                    ASSERT_TRUE(step) << id;
+                    const auto entry = plugin::describeEntry(plugIn, id);
+                    const auto prepared = plugin::prepareStep(plugIn, *entry, *step, {96, 64},
+                                                              plugin::Checking::Strict);
+                    EXPECT_TRUE(prepared) << prepared.error().text;
+                }
+                controller.runner().stop();
+            }
+    });
+}
+
+TEST_F(EditorCommands, StepsAreTakenAsOneStepOfUndo)
+{
+    const PictureRef picture = photo();
+    edit(picture, [&] {
+        choose("CIExposureAdjust");
+        const auto exposure = controller.currentStep();
+        const int before = view().undoManager().count();
+        const RecipeStep frame{
+            "CIFSlideFrameFilter", {{"inputFactorX", "0.5"}, {"inputCenter", "12,8"}}, {}, true};
+        ASSERT_TRUE(controller.takeStep(frame));
+        waitForResult();
+        EXPECT_EQ(controller.filterName(), "CIFSlideFrameFilter");
+        EXPECT_TRUE(same(controller.outputImage(), madeBy(frame, picture)));
+        EXPECT_EQ(part<editor::ParameterSlider>("_slider1").doubleValue(), 0.5);
+        EXPECT_EQ(*controller.currentStep()->find("inputCenter"), "12,8");
+        EXPECT_EQ(view().undoManager().count(), before + 1);
+        controller.undoButton();
+        waitForResult();
+        EXPECT_EQ(controller.currentStep(), exposure);
+        EXPECT_EQ(controller.currentStep()->find("inputCenter"), nullptr);
+        controller.redoButton();
+        waitForResult();
+        EXPECT_TRUE(same(controller.outputImage(), madeBy(frame, picture)));
+
+        // A generator, from the other list, with its seed.
+        const RecipeStep plasma{"GLIF_Plasma", {{"GLIFResolution", "4"}}, 4294967295, true};
+        ASSERT_TRUE(controller.takeStep(plasma));
+        waitForResult();
+        EXPECT_EQ(controller.selectedTab(), "generators");
+        EXPECT_EQ(controller.randomSeed(), 4294967295u);
+        EXPECT_TRUE(same(controller.outputImage(), madeBy(plasma, picture)));
+        controller.undoButton();
+        waitForResult();
+        EXPECT_EQ(controller.filterName(), "CIFSlideFrameFilter");
+        EXPECT_TRUE(same(controller.outputImage(), madeBy(frame, picture)));
+    });
+}
+
+TEST_F(EditorCommands, WrongStepsChangeNothing)
+{
+    edit(photo(), [&] {
+        choose("CIExposureAdjust");
+        const auto step = controller.currentStep();
+        const int steps = view().undoManager().count();
+        const std::pair<const char*, const char*> wrong[] = {
+            {"CINothing", "no effect named"},
+            {"Crop", "no effect named"},
+            {"CIConstantColorGenerator", "no effect named"},
+            {"CIExposureAdjust inputFog=1", "has no \"inputFog\""},
+            {"CIFSobel inputIntensity=1000", "out of range"},
+            {"CIFSobel inputIntensity=red", "takes a number"},
+            {"CIGlassDistortion inputTexture=/nowhere.png", "inputTexture"},
+            {"CIExposureAdjust defaults=false", "defaults=false"},
+            {"CIFShadingFilter inputShadingImage=" CIF_TEST_DATA "/golden/photo-96x64.png",
+             "no shading material"},
+        };
+        for (const auto& [text, error] : wrong) {
+            const auto recipe = plugin::parseRecipe(text);
+            ASSERT_TRUE(recipe) << text;
+            // Also when only the last of several steps is wrong.
+            const auto done = controller.takeRecipe({{"CIFSobel", {}, {}, true}, recipe->front()});
+            EXPECT_FALSE(done) << text;
+            EXPECT_THAT(done.error(), testing::HasSubstr(error)) << text;
+            EXPECT_EQ(done.error().find('\n'), std::string::npos);
+            EXPECT_EQ(controller.currentStep(), step) << text;
+            EXPECT_EQ(view().undoManager().count(), steps) << text;
+        }
+    });
+}
+
+TEST_F(EditorCommands, RecipesTravelByTheClipboard)
+{
+    const PictureRef picture = photo();
+    std::string recipe;
+    PictureRef made;
+    edit(picture, [&] {
+        choose("CIExposureAdjust");
+        setSlider("_slider1", 0.5);
+        waitForResult();
+        action("apply").trigger();
+        waitForResult();
+        choose("CIFSobel");
+        action("copyRecipe").trigger();
+        recipe = clipboard();
+        made = controller.outputImage();
+        EXPECT_FALSE(status().isEmpty());
+    });
+    EXPECT_TRUE(recipe.starts_with("CIExposureAdjust inputEV=0.5\nCIFSobel")) << recipe;
+    edit(picture, [&] {
+        QGuiApplication::clipboard()->setText(QString::fromStdString(recipe));
+        action("pasteRecipe").trigger();
+        waitFor([&] { return controller.filterName() == "CIFSobel" && !controller.isWaiting(); });
+        EXPECT_TRUE(same(controller.outputImage(), made));
+        action("copyRecipe").trigger();
+        EXPECT_EQ(clipboard(), recipe);
+
+        action("copyCommandLine").trigger();
+        EXPECT_EQ(clipboard(), "cif apply CIExposureAdjust input.png -o output.png --set "
+                               "inputEV=0.5 --then CIFSobel");
+
+        QGuiApplication::clipboard()->setText("good morning");
+        const auto step = controller.currentStep();
+        action("pasteRecipe").trigger();
+        EXPECT_THAT(status().toStdString(), testing::HasSubstr("no recipe"));
+        EXPECT_EQ(controller.currentStep(), step);
+    });
+}
+
+TEST_F(EditorCommands, PresetsComeBackThroughTheMenu)
+{
+    edit(photo(), [&] {
+        QMenu& menu = part<QMenu>("presetsMenu");
+        choose("CIExposureAdjust");
+        EXPECT_TRUE(itemsOf(menu).contains("No Presets"));
+        setSlider("_slider1", 0.25);
+        action("savePreset").trigger();
+        auto* panel = window().findChild<QInputDialog*>("presetName");
+        ASSERT_NE(panel, nullptr);
+        panel->setTextValue(" A & B/%  ");
+        panel->accept();
+        EXPECT_EQ(itemsOf(menu).first(), "A && B/%");
+        EXPECT_FALSE(itemsOf(menu).contains("No Presets"));
+
+        setSlider("_slider1", 1);
+        choose("CIFSobel");
+        EXPECT_TRUE(itemsOf(menu).contains("No Presets"));
+        choose("CIExposureAdjust");
+        EXPECT_EQ(*controller.currentStep()->find("inputEV"), "1.0");
+        itemOf(menu, "A && B/%")->trigger();
+        EXPECT_EQ(*controller.currentStep()->find("inputEV"), "0.25");
+        EXPECT_EQ(part<editor::ParameterSlider>("_slider1").doubleValue(), 0.25);
+
+        // The same name asks before it replaces.
+        setSlider("_slider1", 0.75);
+        const auto saveAgain = [&](const char* answer) {
+            action("savePreset").trigger();
+            window().findChild<QInputDialog*>("presetName")->setTextValue("A & B/%");
+            window().findChild<QInputDialog*>("presetName")->accept();
+            auto* question = window().findChild<QMessageBox*>("replacePreset");
+            ASSERT_NE(question, nullptr);
+            for (QAbstractButton* button : question->buttons())
+                if (button->text() == QLatin1String(answer))
+                    button->click();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        };
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        saveAgain("Cancel");
+        itemOf(menu, "A && B/%")->trigger();
+        EXPECT_EQ(*controller.currentStep()->find("inputEV"), "0.25");
+        setSlider("_slider1", 0.75);
+        saveAgain("Replace");
+        setSlider("_slider1", 0.1);
+        itemOf(menu, "A && B/%")->trigger();
+        EXPECT_EQ(*controller.currentStep()->find("inputEV"), "0.75");
+
+        itemOf(*itemOf(menu, "&Delete Preset")->menu(), "A && B/%")->trigger();
+        EXPECT_TRUE(itemsOf(menu).contains("No Presets"));
+    });
+}
+
+TEST_F(EditorCommands, FavouritesFilterTheLists)
+{
+    edit(photo(), [&] {
+        choose("CIExposureAdjust");
+        EXPECT_FALSE(parts()._favouriteButton->isChecked());
+        click(parts()._favouriteButton);
+        EXPECT_TRUE(parts()._favouriteButton->isChecked());
+        choose("CIFSobel");
+        EXPECT_FALSE(parts()._favouriteButton->isChecked());
+        const auto shownRows = [&] {
+            QStringList shown;
+            const QTableView& list = *parts()._tableView;
+            for (int row = 0; row < list.model()->rowCount(); ++row)
+                if (!list.isRowHidden(row) && !controller.identifierOfRow(row).isNull())
+                    shown << controller.identifierOfRow(row);
+            return shown;
+        };
+        const qsizetype all = shownRows().size();
+        click(parts()._favouritesButton);
+        EXPECT_EQ(shownRows(), QStringList{"CIExposureAdjust"});
+        EXPECT_EQ(controller.filterName(), "CIFSobel");
+        // The mark counts at once.
+        action("favourite").trigger();
+        EXPECT_EQ(shownRows().size(), 2);
+        action("favourite").trigger();
+        EXPECT_EQ(shownRows(), QStringList{"CIExposureAdjust"});
+        click(parts()._favouritesButton);
+        EXPECT_EQ(shownRows().size(), all);
+
+        QMenu& menu = part<QMenu>("favouritesMenu");
+        ASSERT_EQ(itemsOf(menu), QStringList{"Exposure Adjust"});
+        menu.actions().first()->trigger();
+        EXPECT_EQ(controller.filterName(), "CIExposureAdjust");
+    });
+}
+
+TEST_F(EditorCommands, ComparingRendersNothing)
+{
+    edit(photo(), [&] {
+        choose("CIExposureAdjust");
+        const int before = results();
+        QTest::mousePress(parts()._compareButton, Qt::LeftButton);
+        EXPECT_TRUE(view().showsOriginal());
+        QTest::mouseRelease(parts()._compareButton, Qt::LeftButton);
+        EXPECT_FALSE(view().showsOriginal());
+        QTest::keyPress(&view(), Qt::Key_F8);
+        EXPECT_TRUE(view().showsOriginal());
+        QTest::keyRelease(&view(), Qt::Key_F8);
+        EXPECT_FALSE(view().showsOriginal());
+        action("showOriginal").trigger();
+        EXPECT_TRUE(view().showsOriginal());
+        action("showOriginal").trigger();
+        EXPECT_FALSE(view().showsOriginal());
+
+        click(parts()._splitButton);
+        EXPECT_TRUE(view().split());
+        EXPECT_TRUE(action("split").isChecked());
+        press(action("split").shortcut());
+        EXPECT_FALSE(view().split());
+        EXPECT_FALSE(parts()._splitButton->isChecked());
+        waitForResult();
+        EXPECT_EQ(results(), before);
+    });
+}
+
+TEST_F(EditorCommands, WithoutPreviewNothingIsRenderedUntilItIsNeeded)
+{
+    const PictureRef picture = photo();
+    RecipeStep last;
+    const bool accepted = edit(picture, [&] {
+        choose("CIExposureAdjust");
+        const int before = results();
+        click(parts()._previewButton);
+        EXPECT_TRUE(view().showsOriginal());
+        setSlider("_slider1", 0.5);
+        controller.chooseEntry("CIFSobel");
+        controller.chooseEntry("CIExposureAdjust");
+        setSlider("_slider1", 0.25);
+        EXPECT_EQ(*controller.currentStep()->find("inputEV"), "0.25");
+        EXPECT_FALSE(controller.runner().isBusy());
+        EXPECT_EQ(results(), before);
+        // Switched on again, it shows the last values, once.
+        click(parts()._previewButton);
+        EXPECT_FALSE(view().showsOriginal());
+        waitForResult();
+        EXPECT_EQ(results(), before + 1);
+        EXPECT_TRUE(same(controller.outputImage(), madeBy(*controller.currentStep(), picture)));
+
+        action("preview").trigger();
+        setSlider("_slider1", 0.75);
+        last = *controller.currentStep();
+        accept();
+    });
+    EXPECT_TRUE(accepted);
+    EXPECT_TRUE(same(controller.outputImage(), madeBy(last, picture)));
+    edit(picture, [&] {
+        EXPECT_TRUE(parts()._previewButton->isChecked());
+        EXPECT_FALSE(view().showsOriginal());
+    });
+}
+
+TEST_F(EditorCommands, SeedIsShownTypedAndKept)
+{
+    generate({64, 48}, [&] {
+        choose("GLIF_Plasma");
+        QLineEdit& field = *parts()._seedField;
+        EXPECT_EQ(field.text(), "0");
+        const int steps = view().undoManager().count();
+        const auto type = [&](const char* text) {
+            field.setFocus();
+            field.selectAll();
+            QTest::keyClicks(&field, text);
+            QTest::keyClick(&field, Qt::Key_Return);
+        };
+        type("4294967295");
+        waitForResult();
+        EXPECT_EQ(controller.randomSeed(), 4294967295u);
+        EXPECT_EQ(view().undoManager().count(), steps + 1);
+        expectStepMakesWhatIsShown(controller.picture());
+        for (const char* wrong : {"4294967296", "9999999999", ""}) {
+            field.setFocus();
+            field.clear();
+            type(wrong);
+            EXPECT_EQ(controller.randomSeed(), 4294967295u) << wrong;
+        }
+        controller.undoButton();
+        waitForResult();
+        EXPECT_EQ(controller.randomSeed(), 0u);
+        window().setFocus();
+        view().setFocus();
+        EXPECT_EQ(field.text(), "0");
+        type("77");
+        waitForResult();
+        controller.generateButton();
+        EXPECT_EQ(field.text(), QString::number(controller.randomSeed()));
+        type("123456");
+        waitForResult();
+    });
+    EXPECT_EQ(editor::Preferences().value("Seed").toUInt(), 123456u);
+}
+
+} // namespace
+
+namespace {
+
+TEST_F(EditorCommands, TheLastAcceptedEntryComesBackAfterTheStart)
+{
+    const PictureRef picture = photo();
+    edit(picture, [&] {
+        choose("CIFSobel");
+        cancel();
+    });
+    std::string first;
+    edit(picture, [&] {
+        first = controller.filterName();
+        EXPECT_NE(first, "CIFSobel");
+        choose("CIFSobel");
+        accept();
+    });
+    generate({64, 48}, [&] {
+        EXPECT_NE(controller.filterName(), "CIFSobel");
+        choose("GLIF_Foam");
+        accept();
+    });
+    edit(picture, [&] { EXPECT_EQ(controller.filterName(), "CIFSobel"); });
+    generate({64, 48}, [&] { EXPECT_EQ(controller.filterName(), "GLIF_Foam"); });
+    // A selection that the host asks for stays.
+    edit(picture, {10, 10, 20, 20}, [&] { EXPECT_TRUE(view().isSelected()); });
+    // What a later version may have left there is passed over.
+    editor::Preferences().setValue("LastEntry/filters", "CINothing");
+    edit(picture, [&] { EXPECT_EQ(controller.filterName(), first); });
+}
+
+TEST_F(EditorCommands, ShortcutsAreListedOnceAndCanBeSearched)
+{
+    edit(photo(), [&] {
+        std::map<std::string, std::string> commandOfKey;
+        const QList<QAction*> all = window().findChildren<QAction*>();
+        QStringList listed;
+        for (const editor::ShortcutLine& line : commands().shortcuts()) {
+            EXPECT_FALSE(line.text.isEmpty());
+            EXPECT_FALSE(line.text.contains('&')) << line.text.toStdString();
+            listed << line.keys.split(", ");
+        }
+        for (const QAction* item : all)
+            for (const QKeySequence& keys : item->shortcuts()) {
+                const QString text = keys.toString(QKeySequence::NativeText);
+                EXPECT_TRUE(listed.contains(text)) << text.toStdString();
+                const auto [other, isNew] =
+                    commandOfKey.emplace(text.toStdString(), item->objectName().toStdString());
+                EXPECT_TRUE(isNew) << text.toStdString() << ": " << other->second << " and "
+                                   << item->objectName().toStdString();
+            }
+        EXPECT_GT(commandOfKey.size(), 20u);
+
+        action("shortcuts").trigger();
+        auto* list = window().findChild<QDialog*>("shortcutList");
+        ASSERT_NE(list, nullptr);
+        auto* tree = list->findChild<QTreeWidget*>();
+        const auto shownLines = [&] {
+            QStringList shown;
+            for (int i = 0; i < tree->topLevelItemCount(); ++i)
+                for (int j = 0; j < tree->topLevelItem(i)->childCount(); ++j)
+                    if (!tree->topLevelItem(i)->isHidden() &&
+                        !tree->topLevelItem(i)->child(j)->isHidden())
+                        shown << tree->topLevelItem(i)->child(j)->text(0);
+            return shown;
+        };
+        EXPECT_EQ(shownLines().size(), qsizetype(commands().shortcuts().size()));
+        QTest::keyClicks(list->findChild<QLineEdit*>("shortcutSearch"), "ctrl+ recipe");
+        EXPECT_EQ(shownLines(), (QStringList{"Copy Recipe", "Paste Recipe"}));
+        list->reject();
+    });
+}
+
+TEST_F(EditorCommands, UndoInAFieldUndoesTheTyping)
+{
+    edit(photo(), [&] {
+        window().activateWindow();
+        choose("CIExposureAdjust");
+        setSlider("_slider1", 0.5);
+        QLineEdit& field = *parts()._searchField;
+        field.setFocus();
+        QTest::keyClicks(&field, "so");
+        const int index = view().undoManager().index();
+        press(QKeySequence(Qt::CTRL | Qt::Key_Z), &field);
+        EXPECT_NE(field.text(), "so");
+        EXPECT_EQ(view().undoManager().index(), index);
+        // Nothing typed is left: now the keys mean the window.
+        while (field.isUndoAvailable())
+            field.undo();
+        press(QKeySequence(Qt::CTRL | Qt::Key_Z), &field);
+        EXPECT_EQ(view().undoManager().index(), index - 1);
+        EXPECT_EQ(*controller.currentStep()->find("inputEV"), "1.2999999523162842");
+        press(QKeySequence(Qt::CTRL | Qt::Key_Y));
+        EXPECT_EQ(*controller.currentStep()->find("inputEV"), "0.5");
+    });
+}
+
+TEST_F(EditorCommands, LongWorkIsShownAndStops)
+{
+    generate({3000, 3000}, [&] {
+        choose("GLIF_Shapes");
+        const PictureRef before = controller.outputImage();
+        EXPECT_FALSE(parts()._stopButton->isVisible());
+        controller.chooseEntry("GLIF_RadialPlasma");
+        waitFor([&] { return parts()._stopButton->isVisible() || !controller.isWaiting(); });
+        ASSERT_TRUE(controller.isWaiting()) << "it was not long enough";
+        EXPECT_TRUE(parts()._progressBar->isVisible());
+        EXPECT_TRUE(action("stop").isEnabled());
+        press(QKeySequence(Qt::Key_Escape));
+        EXPECT_THAT(status().toStdString(), testing::StartsWith("Stopped"));
+        waitFor([&] { return !parts()._stopButton->isVisible(); });
+        waitFor([&] { return !controller.isWaiting(); });
+        EXPECT_FALSE(controller.runner().isBusy());
+        EXPECT_EQ(controller.outputImage(), before);
+        EXPECT_TRUE(parts()._statusLabel->isVisible());
+        EXPECT_FALSE(action("stop").isEnabled());
+        controller.chooseEntry("GLIF_Shapes");
+        EXPECT_EQ(status(), "");
+    });
+}
+
+class DroppedFile {
+public:
+    explicit DroppedFile(const QString& file) { _data.setUrls({QUrl::fromLocalFile(file)}); }
+    // Whether it was taken.
+    bool on(QWidget* target)
+    {
+        QDragEnterEvent enter({5, 5}, Qt::CopyAction, &_data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(target, &enter);
+        QDropEvent drop({5, 5}, Qt::CopyAction, &_data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(target, &drop);
+        EXPECT_EQ(enter.isAccepted(), drop.isAccepted());
+        return drop.isAccepted();
+    }
+
+private:
+    QMimeData _data;
+};
+
+TEST_F(EditorCommands, DroppedPicturesBecomeTexturesAndBrushes)
+{
+    const TemporaryFolder folder;
+    const QString texture = QString::fromStdString((folder.path() / "my texture.png").string());
+    const QString broken = QString::fromStdString(folder.write("broken.png", "no").string());
+    const QString text = QString::fromStdString(folder.write("notes.txt", "no").string());
+    ASSERT_TRUE(codecs::writePicture(*photo(), texture.toStdString(), codecs::FileFormat::Png, {}));
+    const PictureRef picture = photo();
+    edit(picture, [&] {
+        DroppedFile good(texture);
+        choose("CIExposureAdjust");
+        EXPECT_FALSE(good.on(parts()._controlsView));
+        choose("CIGlassDistortion");
+        const int steps = view().undoManager().count();
+        EXPECT_FALSE(DroppedFile(text).on(parts()._controlsView));
+        EXPECT_FALSE(DroppedFile(text).on(parts()._texturePopUpButton10));
+        const auto before = controller.currentStep();
+        EXPECT_TRUE(DroppedFile(broken).on(parts()._texturePopUpButton10));
+        EXPECT_EQ(controller.currentStep(), before);
+        EXPECT_THAT(status().toStdString(), testing::HasSubstr("broken.png"));
+        EXPECT_TRUE(good.on(parts()._texturePopUpButton10));
+        waitForResult();
+        EXPECT_EQ(*controller.currentStep()->find("inputTexture"), texture.toStdString());
+        EXPECT_EQ(parts()._texturePopUpButton10->currentText(), "Other...");
+        EXPECT_EQ(view().undoManager().count(), steps + 1);
+        expectStepMakesWhatIsShown(picture);
+        // Taken back from its text, it is the same picture.
+        const auto step = *controller.currentStep();
+        controller.undoButton();
+        ASSERT_TRUE(controller.takeStep(step));
+        waitForResult();
+        EXPECT_EQ(controller.currentStep(), step);
+        expectStepMakesWhatIsShown(picture);
+
+        choose("GLIF_Dabs");
+        EXPECT_TRUE(good.on(parts()._controlsView));
+        waitForResult();
+        EXPECT_EQ(*controller.currentStep()->find("GLIFBrush"), texture.toStdString());
+        expectStepMakesWhatIsShown(picture);
+    });
+}
+
+} // namespace
