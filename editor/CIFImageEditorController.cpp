@@ -432,7 +432,7 @@ void CIFImageEditorController::onCloseEditor(QObject* sender)
     }
     if (_isClosing)
         return;
-    waitToClose(true);
+    waitToClose(_wanted || _stopped);
     whenResultIsThere([this] {
         if (_window)
             _window->hide();
@@ -458,6 +458,8 @@ void CIFImageEditorController::waitToClose(bool waits)
     if (_isClosing == waits)
         return;
     _isClosing = waits;
+    if (_outlets._busyView)
+        _outlets._busyView->setVisible(waits);
     if (!waits) {
         for (const QPointer<QObject>& object : std::exchange(_heldWhileClosing, {}))
             if (object)

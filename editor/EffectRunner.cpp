@@ -290,6 +290,7 @@ struct EffectRunner::Worker {
     std::vector<Effect> passed; // never begun; of the same entry and picture as the next
     Sight sight;
     std::optional<Job> current;
+    bool forgets = false;    // the effect thread is to let go of the pictures that it keeps
     bool showsParts = false; // of the current job
     Part shown;              // its last part, without the pixels
     Phase phase = Phase::Waiting;
@@ -305,7 +306,7 @@ struct EffectRunner::Worker {
 
     // --- The effect thread ---
 
-    Studio studio;
+    std::optional<Studio> studio{std::in_place};
     // How long the last whole result took.
     std::string pacedIdentifier;
     std::weak_ptr<const Picture> pacedPicture;
@@ -517,7 +518,13 @@ void EffectRunner::Worker::live(const std::stop_token& end)
         hand({.kind = Delivery::Kind::LogLine, .line = std::string(line)});
     });
     std::unique_lock guard(lock);
-    while (posted.wait(guard, end, [this] { return next.has_value(); })) {
+    while (posted.wait(guard, end, [this] { return next || forgets; })) {
+        if (std::exchange(forgets, false)) {
+            guard.unlock();
+            studio.emplace();
+            guard.lock();
+            continue;
+        }
         current = std::move(next);
         next.reset();
         showsParts = false;
@@ -592,8 +599,8 @@ void EffectRunner::Worker::workOnFilter(const Job& job)
     begin(Phase::ForShow);
     // What the plug-in object answers can depend on what it was asked before. Nothing is computed.
     for (const Effect& effect : before)
-        studio.output(effect);
-    const FilterOutput output = studio.output(job.effect);
+        studio->output(effect);
+    const FilterOutput output = studio->output(job.effect);
     if (!output) {
         handResult(job, nullptr);
         return;
@@ -606,7 +613,7 @@ void EffectRunner::Worker::workOnFilter(const Job& job)
     }
     for (;;) {
         showParts(job, [&](const Sight& part, const std::stop_token& stop) {
-            return studio.part(job.effect, output, part, stop);
+            return studio->part(job.effect, output, part, stop);
         });
         if (!quick && !rests(job))
             return;
@@ -630,7 +637,7 @@ void EffectRunner::Worker::workOnFilter(const Job& job)
 void EffectRunner::Worker::workOnGenerator(const Job& job)
 {
     begin(Phase::ForShow);
-    const PictureRef picture = studio.generated(job.effect);
+    const PictureRef picture = studio->generated(job.effect);
     if (!picture || !picture->isVector()) {
         if (picture)
             static_cast<void>(picture->bitmap());
@@ -764,6 +771,11 @@ void EffectRunner::reset()
     _worker->done.reset();
     _worker->result = nullptr;
     _worker->giveUp();
+    {
+        const std::lock_guard guard(_worker->lock);
+        _worker->forgets = true;
+    }
+    _worker->posted.notify_one();
 }
 
 bool EffectRunner::isBusy() const

@@ -26,7 +26,6 @@
 
 #include <cstdlib>
 #include <functional>
-#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -34,29 +33,30 @@ class EditorRun : public testing::Test {
 protected:
     using PictureRef = foundation::PictureRef;
     using Script = std::function<void()>;
-    static constexpr int kPatience = 60'000; // milliseconds until something counts as hung
+    static constexpr int kPatience = 30'000; // milliseconds until something counts as hung
 
     // Filter mode, with a selection or without; true when accepted.
     bool edit(const PictureRef& picture, const Script& script)
     {
-        playLater(script);
-        return controller.startEditorUseSelectionWithRect(picture, false, {});
+        return play(script,
+                    [&] { return controller.startEditorUseSelectionWithRect(picture, false, {}); });
     }
     bool edit(const PictureRef& picture, const foundation::Rect& selection, const Script& script)
     {
-        playLater(script);
-        return controller.startEditorUseSelectionWithRect(picture, true, selection);
+        return play(script, [&] {
+            return controller.startEditorUseSelectionWithRect(picture, true, selection);
+        });
     }
     // Generator mode, on a blank of that size or on a picture.
     bool generate(foundation::Size size, const Script& script)
     {
-        playLater(script);
-        return controller.startGeneratorWithRect(nullptr, {0, 0, size.width, size.height});
+        return play(script, [&] {
+            return controller.startGeneratorWithRect(nullptr, {0, 0, size.width, size.height});
+        });
     }
     bool generate(const PictureRef& picture, const Script& script)
     {
-        playLater(script);
-        return controller.startGeneratorWithRect(picture, {});
+        return play(script, [&] { return controller.startGeneratorWithRect(picture, {}); });
     }
 
     // The rest is for scripts.
@@ -142,12 +142,12 @@ protected:
     CIFImageEditorController controller;
 
 private:
-    void playLater(const Script& script)
+    bool play(const Script& script, const std::function<bool()>& start)
     {
         _isLeft = false;
         // A run that never comes to its loop takes its script with it.
-        _player = std::make_unique<QObject>();
-        QTimer::singleShot(0, _player.get(), [=, this] {
+        QObject player;
+        QTimer::singleShot(0, &player, [&] {
             try {
                 script();
             } catch (const std::exception& error) {
@@ -156,12 +156,15 @@ private:
             if (!_isLeft)
                 controller.windowShouldClose();
         });
-        QTimer::singleShot(kPatience, _player.get(), [this] {
-            ADD_FAILURE() << "the run does not end";
+        QTimer::singleShot(kPatience, &player, [&] {
+            ADD_FAILURE() << "the run does not end: " << controller.filterName()
+                          << (window().isVisible() ? ", visible" : ", hidden")
+                          << (controller.isWaiting() ? ", waiting" : "")
+                          << (controller.runner().isBusy() ? ", busy" : "");
             controller.windowShouldClose();
         });
+        return start();
     }
 
-    std::unique_ptr<QObject> _player;
     bool _isLeft = false;
 };

@@ -359,9 +359,9 @@ TEST_F(EditorRun, FitsTheZoomToThePictureAndKeepsWhatThePersonSets)
         EXPECT_FLOAT_EQ(view().getScaleFactor(), 3);
     }));
 
-    EXPECT_TRUE(edit(plainPicture(4000, 3000), [&] {
+    EXPECT_TRUE(edit(plainPicture(900, 600), [&] {
         const double fitted = double(view().getScaleFactor());
-        EXPECT_LT(fitted, 0.5);
+        EXPECT_LT(fitted, 0.8);
         // The slider stands where another scale would put it, until the wheel is turned.
         EXPECT_EQ(parts()._scaleSlider->value(), qRound((fitted - 1) * 800));
         view().scrollWheel(1);
@@ -643,7 +643,7 @@ TEST_F(EditorRun, SaysWhatIsMissing)
             choose("CIColorInvert");
             const PictureRef shown = view().picture();
             choose("CIGlassDistortion");
-            choose("CIShadedMaterial");
+            choose("CIFShadingFilter");
             EXPECT_THAT(log.lines,
                         ElementsAre("can't locate glass texture", "can't locate shading material"));
             EXPECT_EQ(view().picture(), shown);
@@ -725,8 +725,10 @@ TEST_F(EditorRun, FillsItsMenusAndTexts)
 TEST_F(EditorRun, RemembersItsFrameAndDivider)
 {
     QList<int> sizes;
+    QSize size;
     EXPECT_FALSE(edit(photo(), [&] {
-        window().resize(900, 640);
+        window().resize(window().width() + 50, window().height() - 20);
+        size = window().size();
         sizes = parts()._splitter->sizes();
         sizes[0] += 30;
         sizes[1] -= 30;
@@ -735,7 +737,7 @@ TEST_F(EditorRun, RemembersItsFrameAndDivider)
     }));
     CIFImageEditorController later;
     QTimer::singleShot(0, &later, [&] {
-        EXPECT_EQ(later.window()->size(), QSize(900, 640));
+        EXPECT_EQ(later.window()->size(), size);
         EXPECT_EQ(later.outlets()._splitter->sizes(), sizes);
         later.windowShouldClose();
     });
@@ -782,8 +784,10 @@ TEST_F(EditorRun, LeavesNothingBehind)
         openOnce(i);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(objects(), objectsBefore);
+#ifndef __SANITIZE_ADDRESS__ // which keeps what was freed
     // One picture kept each time would be 240 MB.
     EXPECT_LT(residentKilobytes() - before, 12'000);
+#endif
     // All are gone but what the last run handed back.
     const auto isThere = [](const auto& picture) { return !picture.expired(); };
     const auto left = [&] { return std::count_if(pictures.begin(), pictures.end(), isThere); };
