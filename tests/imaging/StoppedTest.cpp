@@ -1,5 +1,6 @@
 // Loops and renderings that are given up, and what they report.
 #include "platform/foundation/Work.h"
+#include "platform/imaging/Filter.h"
 #include "platform/imaging/Kernel.h"
 #include "platform/imaging/Parallel.h"
 #include "tests/support/Support.h"
