@@ -1,9 +1,9 @@
 // The mean along a ray through each pixel, as if the camera had moved toward the centre.
 //
-// The plain sum takes hundreds of samples a pixel. In opaque bytes, all pixels of a small cell that
-// is not too near the centre take as many as the cell's farthest corner does: then a step along the
-// rays scales the whole cell by one factor, its rows come from pairs of rows and its columns lie at
-// the same places in all of them, which whole numbers of 16 bits do many at a time.
+// The plain sum takes hundreds of samples a pixel. Instead, all pixels of a small cell that is not
+// too near the centre take as many as the cell's farthest corner does: then a step along the rays
+// scales the whole cell by one factor, its rows come from pairs of rows and its columns lie at the
+// same places in all of them. Of opaque bytes, whole numbers of 16 bits do that many at a time.
 #include "platform/builtin/blur/ZoomBlur.h"
 
 #include "platform/builtin/Inputs.h"
@@ -165,32 +165,19 @@ void addSamples(const Columns& columns, const std::uint8_t* const* rows, int cou
 #endif
 }
 
-// The zoom of opaque bytes, cell by cell.
-class ByteZoom : public Evaluator {
-    static constexpr int kWidth = 128, kHeight = 16; // of a cell
-
+// The zoom cell by cell.
+class CellZoom : public Evaluator {
 public:
-    // Eight pixels must find their columns in one window.
+    // The columns of a cell must find their places in one stretch of a row not much longer.
     static bool serves(const Vector& center, double kappa)
     {
         return std::abs(center.x) < 1e6 && std::abs(center.y) < 1e6 && std::exp(-kappa) < 1.8;
     }
-    static EvaluatorRef make(PixelBlockRef block, const IRect& extent, const IRect& region,
-                             const IRect& needed, const Vector& center, double kappa,
-                             const RenderContext& context)
-    {
-        BytePlanes planes(*block, needed, context);
-        if (!planes || context.stopped())
-            return nullptr;
-        return std::make_shared<ByteZoom>(std::move(block), extent, region, std::move(planes),
-                                          center, kappa);
-    }
 
-    ByteZoom(PixelBlockRef block, const IRect& extent, const IRect& region, BytePlanes planes,
-             const Vector& center, double kappa)
-        : _block(std::move(block)), _extent(extent), _region(region),
-          _planes(std::move(planes)), _center{center.x, center.y}, _kappa(kappa),
-          _plain(center, kappa)
+    CellZoom(PixelBlockRef block, const IRect& extent, const IRect& region, const Vector& center,
+             double kappa)
+        : _block(std::move(block)), _extent(extent), _region(region), _center{center.x, center.y},
+          _kappa(kappa), _plain(center, kappa)
     {
         // The fewest samples a pixel may have where others decide about their number: it shows as
         // the square of the widest gap between them, unless all have the most there are.
@@ -220,7 +207,9 @@ public:
             std::copy_n(band.at(c, span.y - bottom) + begin, span.count, planes[c]);
     }
 
-private:
+protected:
+    static constexpr int kWidth = 128, kHeight = 16; // of a cell
+
     // The rows that one height of cells has in a strip.
     struct Band {
         int bottom;
@@ -232,6 +221,26 @@ private:
         }
     };
 
+    // The mean of as many samples in all pixels of the cell.
+    virtual void fillShared(Band& band, const IRect& cell, int samples) const = 0;
+
+    // The factors by which so many samples of a ray are nearer to the centre than its pixel.
+    const double* factorsOf(int samples) const
+    {
+        return _factors.data() + samples * (samples - 1) / 2;
+    }
+    // Where the middle of a row or column reads at a step, from the middle of the first one.
+    static double readAt(double center, int place, double factor)
+    {
+        return center + (place + 0.5 - center) * factor - 0.5;
+    }
+
+    PixelBlockRef _block;
+    IRect _extent, _region;
+    Point _center;
+    double _kappa;
+
+private:
     int samplesAt(double x, double y) const
     {
         const double length = std::abs(1 - std::exp(-_kappa)) * std::hypot(x, y);
@@ -251,14 +260,16 @@ private:
         if (fewest >= _fewest)
             fillShared(band, cell, most);
         else
-            fillPlainly(band, cell, span);
+            detail::withSampler(*_block, _extent, [&](const auto& sampler) {
+                fillPlainly(band, cell, span, sampler);
+            });
     }
 
-    void fillPlainly(Band& band, const IRect& cell, const Span& span) const
+    // Every pixel by itself.
+    void fillPlainly(Band& band, const IRect& cell, const Span& span, const auto& sampler) const
     {
         const int first = std::max(cell.left, span.x);
         const int last = std::min(cell.right, span.x + span.count);
-        const ByteSampler sampler(*_block, _extent);
         StripBuffer buffer;
         const Strip strip = buffer.strip();
         for (int y = cell.bottom; y < cell.top; ++y) {
@@ -272,10 +283,37 @@ private:
         }
     }
 
-    void fillShared(Band& band, const IRect& cell, int samples) const
+    int _fewest;
+    Zoom _plain;
+    std::vector<double> _factors; // of all steps, for each number of them
+    ColumnMemory<Band> _memory;
+};
+
+// Of opaque bytes.
+class ByteZoom : public CellZoom {
+public:
+    static EvaluatorRef make(PixelBlockRef block, const IRect& extent, const IRect& region,
+                             const IRect& needed, const Vector& center, double kappa,
+                             const RenderContext& context)
+    {
+        BytePlanes planes(*block, needed, context);
+        if (!planes || context.stopped())
+            return nullptr;
+        return std::make_shared<ByteZoom>(std::move(block), extent, region, std::move(planes),
+                                          center, kappa);
+    }
+
+    ByteZoom(PixelBlockRef block, const IRect& extent, const IRect& region, BytePlanes planes,
+             const Vector& center, double kappa)
+        : CellZoom(std::move(block), extent, region, center, kappa), _planes(std::move(planes))
+    {
+    }
+
+private:
+    void fillShared(Band& band, const IRect& cell, int samples) const override
     {
         constexpr int kGroups = kWidth / kGroup;
-        const double* factors = _factors.data() + samples * (samples - 1) / 2;
+        const double* factors = factorsOf(samples);
         const IRect whole{cell.left, band.bottom, cell.right, band.bottom + kHeight};
         const int channels = seesOnlyPixels(whole) ? 3 : 4;
         alignas(32) std::uint16_t sums[kHeight][4][kWidth] = {};
@@ -346,11 +384,6 @@ private:
         }();
         return kTurns;
     }
-    // Where the middle of a row or column reads at a step, from the middle of the first one.
-    static double readAt(double center, int place, double factor)
-    {
-        return center + (place + 0.5 - center) * factor - 0.5;
-    }
     // With 32 binary places.
     static std::int64_t fixed(double v)
     {
@@ -381,15 +414,99 @@ private:
         }
     }
 
-    PixelBlockRef _block;
-    IRect _extent, _region;
     BytePlanes _planes;
-    Point _center;
-    double _kappa;
-    int _fewest;
-    Zoom _plain;
-    std::vector<double> _factors; // of all steps, for each number of them
-    ColumnMemory<Band> _memory;
+};
+
+// Of floats. The two rows of a sample are mixed first, over the stretch that all pixels of the
+// cell's row read, and then its columns.
+class FloatZoom : public CellZoom {
+public:
+    using CellZoom::CellZoom;
+
+private:
+    using Pixel = float __attribute__((vector_size(16)));
+
+    // The steps of so many rows share the work of finding their columns; their sums and what they
+    // read stay in the nearest cache.
+    static constexpr int kRows = 8;
+    // Of a stretch of a row: 128 columns up to 1.8 apart, and the neighbour of the last.
+    static constexpr int kLongest = 256;
+
+    void fillShared(Band& band, const IRect& cell, int samples) const override
+    {
+        const double* factors = factorsOf(samples);
+        for (int bottom = cell.bottom; bottom < cell.top; bottom += kRows) {
+            const int rows = std::min(kRows, cell.top - bottom);
+            alignas(64) Pixel sums[kRows][kWidth] = {};
+            for (int i = 0; i < samples; ++i)
+                addStep(sums, {cell.left, bottom, cell.right, bottom + rows}, factors[i]);
+            const float scale = 1 / static_cast<float>(samples);
+            for (int y = 0; y < rows; ++y)
+                for (int c = 0; c < 4; ++c) {
+                    float* out =
+                        band.at(c, bottom + y - band.bottom) + (cell.left & (kStripWidth - 1));
+                    for (int x = 0; x < kWidth; ++x)
+                        out[x] = sums[y][x][c] * scale;
+                }
+        }
+    }
+
+    void addStep(Pixel (*sums)[kWidth], const IRect& cell, double factor) const
+    {
+        const double start = readAt(_center.x, cell.left, factor);
+        const double first = std::floor(start);
+        // Places with 24 binary places, from the first column on.
+        constexpr double kOne = 1 << 24;
+        const auto at = static_cast<std::uint32_t>((start - first) * kOne);
+        const auto increment = static_cast<std::uint32_t>(factor * kOne);
+        std::uint32_t columns[kWidth];
+        float weights[kWidth];
+        for (std::uint32_t x = 0; x < kWidth; ++x) {
+            const std::uint32_t place = at + x * increment;
+            columns[x] = place >> 24;
+            weights[x] = static_cast<float>(static_cast<int>(place & 0xffffff)) * 0x1p-24f;
+        }
+        const int count = static_cast<int>(columns[kWidth - 1]) + 2;
+        for (int y = cell.bottom; y < cell.top; ++y) {
+            alignas(64) Pixel mixed[kLongest];
+            const double height = readAt(_center.y, y, factor);
+            const double low = std::floor(height);
+            if (!mixRows(mixed, toPlace(first), count, toPlace(low),
+                         static_cast<float>(height - low)))
+                continue;
+            Pixel* sum = sums[y - cell.bottom];
+            for (int x = 0; x < kWidth; ++x) {
+                const Pixel left = mixed[columns[x]], right = mixed[columns[x] + 1];
+                sum[x] += left + (right - left) * weights[x];
+            }
+        }
+    }
+
+    // Kept off the ends of whole numbers; nothing is seen from there.
+    static int toPlace(double v) { return static_cast<int>(std::clamp(v, -1.5e9, 1.5e9)); }
+
+    // Columns from the first on, between the row y and the one above. False when there are none.
+    bool mixRows(Pixel* to, int first, int count, int y, float above) const
+    {
+        const IRect& there = _block->rect;
+        const int begin = std::max(first, there.left), end = std::min(first + count, there.right);
+        const auto isRow = [&](int row) { return row >= there.bottom && row < there.top; };
+        if (begin >= end || !(isRow(y) || isRow(y + 1)))
+            return false;
+        static constexpr float kNothing[4 * kLongest] = {};
+        const auto rowAt = [&](int row) {
+            return isRow(row) ? reinterpret_cast<const float*>(_block->pixel(begin, row))
+                              : kNothing;
+        };
+        const float *low = rowAt(y), *high = rowAt(y + 1);
+        auto* out = reinterpret_cast<float*>(to);
+        std::fill_n(out, 4 * (begin - first), 0.0f);
+        std::fill(out + 4 * (end - first), out + 4 * count, 0.0f);
+        out += 4 * (begin - first);
+        for (int i = 0; i < 4 * (end - begin); ++i)
+            out[i] = low[i] + (high[i] - low[i]) * above;
+        return true;
+    }
 };
 
 // A rectangle and what becomes of it when it is scaled about the centre.
@@ -413,14 +530,17 @@ public:
 
     EvaluatorRef prepare(const IRect& region, RenderContext& context) const override
     {
-        const PixelBlockRef block = _input.node()->pixels();
-        if (!block || block->format != PixelBlock::Format::OpaqueBytes ||
-            !ByteZoom::serves(_center, _kappa))
+        if (!CellZoom::serves(_center, _kappa))
             return _plain.node()->prepare(region, context);
         const IRect needed =
             IRect::around(swept(region.rect(), _center, std::exp(-_kappa))).grown(1, 1);
-        return ByteZoom::make(block, _input.node()->extent(), region, needed, _center, _kappa,
-                              context);
+        const IRect& extent = _input.node()->extent();
+        const PixelBlockRef block = context.pixels(_input, needed);
+        if (!block || block->rect.isEmpty())
+            return block ? context.evaluator({}, region) : nullptr;
+        if (block->format == PixelBlock::Format::OpaqueBytes)
+            return ByteZoom::make(block, extent, region, needed, _center, _kappa, context);
+        return std::make_shared<FloatZoom>(block, extent, region, _center, _kappa);
     }
 
 private:
