@@ -151,6 +151,22 @@ public:
         _view.setTouched(false);
     }
 
+    void dragSplit(const imaging::BitmapRef& bitmap, const imaging::BitmapRef& original)
+    {
+        open(bitmap);
+        _view.setOriginal(drawing::Picture::fromBitmap(original));
+        for (const float scale : {0.3f, 1.0f}) {
+            zoomTo(scale);
+            _view.setSplit(0.4);
+            measure(named("drag the split at %g", double(scale)), 200,
+                    [&](int i) { _view.setSplit(0.4 + 0.001 * i); });
+            measure(named("repaint whole, split, at %g", double(scale)), 60,
+                    [&](int) { _view.update(); });
+        }
+        _view.setSplit({});
+        _view.setOriginal(nullptr);
+    }
+
     // As while a parameter is dragged.
     void showResults(const imaging::BitmapRef& bitmap)
     {
@@ -219,8 +235,10 @@ int main(int argc, char** argv)
     const auto picture = bench::testPicture(12);
     Bench bench;
     bench.panAndZoom(picture, "");
-    bench.panAndZoom(seeThrough(*picture), "see-through: ");
+    const auto transparent = seeThrough(*picture);
+    bench.panAndZoom(transparent, "see-through: ");
     bench.dragSelection(picture);
+    bench.dragSplit(transparent, picture);
     bench.showResults(picture);
     if (!arguments.jsonFile.empty())
         bench::report(rows, arguments.jsonFile);

@@ -1,6 +1,7 @@
 // Zoom, selection, events and undo of the picture view. Its drawing is in another file.
 #include "editor/CIFImageEditorView.h"
 
+#include "editor/ColorWell.h"
 #include "editor/Forms.h"
 #include "editor/NamedImages.h"
 
@@ -57,6 +58,8 @@ CIFImageEditorView::CIFImageEditorView(editor::PictureScrollView& scrollView)
     // Takes the focus when clicked but is passed over by the Tab key.
     setFocusPolicy(Qt::ClickFocus);
     setContextMenuPolicy(Qt::PreventContextMenu);
+    // Colours of the picture's effects may be see-through.
+    editor::ColorPanel::sharedColorPanel().setShowsAlpha(true);
     connectPixels();
     // The step counts as done only after its redo, so the buttons follow the stack.
     connect(&_undoManager, &QUndoStack::indexChanged, this, [this] {

@@ -1,10 +1,12 @@
 // The picture view, driven with the mouse, the wheel and keys.
 #include "editor/CIFImageEditorView.h"
+#include "editor/ColorWell.h"
 #include "editor/NamedImages.h"
 #include "tests/support/Golden.h"
 #include "tests/support/Support.h"
 
 #include <QAccessible>
+#include <QColorDialog>
 #include <QElapsedTimer>
 #include <QMouseEvent>
 #include <QScrollBar>
@@ -1011,6 +1013,14 @@ TEST_F(PictureView, TellsScreenReadersWhatItShows)
     view.setShowsOriginal(true);
     EXPECT_EQ(accessible->text(QAccessible::Description),
               "300 by 200 points, zoom 50 percent; center at 20, 30.5; showing the original");
+}
+
+TEST_F(PictureView, SwitchesTheOpacityOfTheColourPanelOn)
+{
+    auto& panel = editor::ColorPanel::sharedColorPanel();
+    panel.setShowsAlpha(false);
+    editor::PictureScrollView another;
+    EXPECT_TRUE(panel.dialog().testOption(QColorDialog::ShowAlphaChannel));
 }
 
 TEST_F(PictureView, SurvivesOddPictures)

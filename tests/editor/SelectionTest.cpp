@@ -47,6 +47,17 @@ const Press kPresses[] = {
     // The twice as wide bands along the far sides: a move, but not because it is inside.
     {"far band, right", {190, 90}, true, 0},
     {"far band, top", {150, 120}, true, 0},
+    {"far band, both", {190, 120}, true, 0},
+    {"far band, right, beside the near bottom", {190, 57}, true, 0},
+    {"far band, top, beside the near left", {107, 120}, true, 0},
+    {"end of the inside at the far right", {188, 90}, true, 0},
+    {"end of the inside at the far top", {150, 118}, true, 0},
+    {"end of the far band, right", {194, 90}, true, 0},
+    {"end of the far band, top", {150, 124}, true, 0},
+    {"far right within the top's band", {190, 126}, true, kT},
+    {"far right within the bottom's band", {190, 53}, true, kB},
+    {"far top within the left's band", {103, 120}, true, kL},
+    {"far top within the right's band", {196, 120}, true, kR},
     {"top left corner", {97, 133}, true, kL | kT},
     {"bottom right corner", {203, 47}, true, kR | kB},
     {"top right corner", {203, 133}, true, kR | kT},
@@ -56,11 +67,19 @@ const Press kPresses[] = {
     {"left, on the line", {100, 90}, true, kL},
     {"left, at the height of the top", {102, 129}, true, kL},
     {"left, above the top", {102, 133}, true, kL},
+    {"left, below the bottom", {103, 47}, true, kL},
+    {"left, outside, at the line of the top", {97, 130}, true, kL},
+    {"left, outside, at the line of the bottom", {97, 50}, true, kL},
     {"right, inside", {195, 90}, true, kR},
+    {"right, on the line", {200, 90}, true, kR},
+    {"right, above the top", {198, 133}, true, kR},
+    {"right, at the height of the bottom", {198, 53}, true, kR},
     {"right, outside", {205, 90}, true, kR},
     {"right, below the bottom", {198, 47}, true, kR},
     {"top, inside", {150, 125}, true, kT},
+    {"top, on the line", {150, 130}, true, kT},
     {"top, outside", {150, 135}, true, kT},
+    {"bottom, on the line", {150, 50}, true, kB},
     {"bottom, inside", {150, 55}, true, kB},
     {"bottom, outside", {150, 45}, true, kB},
     // Bands end before their margin: the exact edge belongs to nothing or to a move.
@@ -69,7 +88,13 @@ const Press kPresses[] = {
     {"end of the grown top", {150, 136}, false, 0},
     {"end of the bottom band inside", {150, 56}, true, 0},
     {"corner of the grown rectangle", {94, 44}, false, 0},
+    {"end of the grown right", {206, 90}, false, 0},
+    {"end of the grown bottom", {150, 44}, false, 0},
+    {"corner of the grown rectangle, top right", {206, 136}, false, 0},
     {"on the top left corner itself", {100, 130}, true, kL},
+    {"on the top right corner itself", {200, 130}, true, kR},
+    {"on the bottom left corner itself", {100, 50}, true, kL},
+    {"on the bottom right corner itself", {200, 50}, true, kR},
     {"far off", {300, 200}, false, 0},
 };
 
@@ -110,6 +135,8 @@ TEST(Selection, FollowsTheMarginAndHasNoInsideWhenSmall)
     for (double x = 100.5; x < 108; ++x)
         for (double y = 50.5; y < 58; ++y)
             EXPECT_NE(hitSelection({x, y}, {100, 50, 8, 8}, kPicture, 6).sides, 0) << x << " " << y;
+    // 15 by 15: no inside is left, but what no side holds moves it.
+    EXPECT_EQ(hitSelection({107.5, 57.5}, {100, 50, 15, 15}, kPicture, 6), (SelectionHit{true, 0}));
 }
 
 TEST(Selection, IsNormalizedByMovingNotShrinking)
