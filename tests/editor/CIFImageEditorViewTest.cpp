@@ -569,10 +569,17 @@ TEST_F(PictureView, ShowsSquaresThroughTransparentPixels)
 
 TEST_F(PictureView, ScrollingShowsWhatAFreshDrawingShows)
 {
-    const auto photo = support::picture("photo-96x64");
-    for (const float scale : {5.3f, 12.0f, 80.0f}) {
-        open(drawing::Picture::fromBitmap(photo), scale);
-        view.setSelection({40, 25, 20, 15});
+    const auto waves = drawing::Picture::fromBitmap(support::converted(
+        *support::bitmapFrom(1200, 900,
+                             [](int x, int y) {
+                                 const float v = 0.5f + 0.5f * std::sin(0.01f * float(x * y % 997));
+                                 return support::Rgba{v, float(x % 7) / 6, float(y % 5) / 4, 1};
+                             }),
+        imaging::PixelFormat::Rgba8));
+    for (const float scale : {0.63f, 0.8f, 1.3f, 5.3f, 80.0f}) {
+        open(waves, scale);
+        view.setSelection({570, 440, 50, 30});
+        ASSERT_TRUE(waitFor([&] { return view.showsFinalPixels(); }));
         QTest::qWait(20);
         for (const QPoint step : {QPoint(7, 0), {0, -11}, {13, 29}}) {
             scroll.setScrollPosition(scroll.scrollPosition() + step);
