@@ -346,7 +346,7 @@ bool CIFImageEditorController::startRun(EffectsSet set, const PictureRef& pictur
     selectTab(filters ? QStringLiteral("filters") : QStringLiteral("generators"));
     if (QTableView* list = filters ? _outlets._tableView : _outlets._GLIFTableView) {
         list->clearSelection();
-        list->selectRow(0);
+        editor::selectRowOfList(*list, 0);
     }
     if (_outlets._helpTabView)
         _outlets._helpTabView->setCurrentIndex(filters ? 0 : 1);

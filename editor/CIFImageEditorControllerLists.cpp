@@ -227,8 +227,7 @@ void CIFImageEditorController::showListOfTab(const QString& identifier)
 
 void CIFImageEditorController::selectRow(QTableView& list, int row)
 {
-    // Also makes it the current one, from which the arrow keys go on.
-    list.selectRow(row);
+    editor::selectRowOfList(list, row);
     if (const QAbstractItemModel* rows = list.model(); rows && !list.isRowHidden(row))
         list.scrollTo(rows->index(row, CatalogueModel::Title));
 }

@@ -155,4 +155,13 @@ void showCatalogue(QTableView& list, CatalogueModel& model)
                                                   QHeaderView::ResizeToContents);
 }
 
+void selectRowOfList(QTableView& list, int row)
+{
+    if (const QAbstractItemModel* model = list.model();
+        model && row >= 0 && row < model->rowCount())
+        list.selectionModel()->setCurrentIndex(model->index(row, CatalogueModel::Title),
+                                               QItemSelectionModel::ClearAndSelect |
+                                                   QItemSelectionModel::Rows);
+}
+
 } // namespace editor

@@ -61,5 +61,8 @@ private:
 
 // Makes a table view one of the catalogue lists: two columns with their cells, one row selected.
 void showCatalogue(QTableView& list, CatalogueModel& model);
+// Selects a row and makes it the current one, from which the arrow keys go on, in either reading
+// direction: the view's own way asks for the column at its left edge and finds none when mirrored.
+void selectRowOfList(QTableView& list, int row);
 
 } // namespace editor

@@ -171,6 +171,29 @@ TEST(CatalogueList, SkipsCategoriesUnderMouseAndKeyboard)
     EXPECT_EQ(list.columnWidth(0) + list.columnWidth(1), list.viewport()->width());
 }
 
+TEST(CatalogueList, SelectsInEitherReadingDirection)
+{
+    CIFImageEditorController controller;
+    controller.awakeFromNib();
+    CatalogueModel model(controller);
+    for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        QTableView list;
+        list.setLayoutDirection(direction);
+        editor::showCatalogue(list, model);
+        list.resize(240, 400);
+        list.show();
+        // As soon as it is there, and once it is laid out.
+        for (const int row : {3, 5}) {
+            editor::selectRowOfList(list, row);
+            EXPECT_EQ(list.currentIndex().row(), row);
+            EXPECT_TRUE(list.selectionModel()->isRowSelected(row));
+            ASSERT_TRUE(QTest::qWaitForWindowExposed(&list));
+        }
+        editor::selectRowOfList(list, 10'000);
+        EXPECT_EQ(list.currentIndex().row(), 5);
+    }
+}
+
 TEST(CatalogueList, ShowsThePictureOfAnEntryWhereThereIsOne)
 {
     CIFImageEditorController controller;
