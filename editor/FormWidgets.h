@@ -52,7 +52,8 @@ protected:
 // screen readers.
 class GlyphButton final : public QToolButton {
     Q_OBJECT
-    // The name of a sign, see drawGlyph.
+    // The name of a sign, see drawGlyph. While the button is checked, or is not, the sign of that
+    // name and " on" or " off" takes its place, if there is one.
     Q_PROPERTY(QString glyph READ glyph WRITE setGlyph)
 
 public:
@@ -66,6 +67,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    QString glyphOfState() const;
+
     QString _glyph;
 };
 

@@ -191,7 +191,8 @@ constexpr Glyph kGlyphs[] = {
     {"eye off", drawEyeOff},  {"fit", drawFit},         {"menu", drawMenu},
     {"redo", drawRedo},       {"reset", drawReset},     {"search", drawSearch},
     {"size", drawSize},       {"split", drawSplit},     {"star", drawStar},
-    {"starred", drawStarred}, {"stop", drawStop},       {"undo", drawUndo},
+    {"star on", drawStarred}, {"starred", drawStarred}, {"stop", drawStop},
+    {"undo", drawUndo},
 };
 
 const Glyph* glyphNamed(const QString& name)
