@@ -460,21 +460,21 @@ void CIFImageEditorController::waitToClose(bool waits)
     _isClosing = waits;
     if (_outlets._busyView)
         _outlets._busyView->setVisible(waits);
-    if (!waits) {
-        for (const QPointer<QObject>& object : std::exchange(_heldWhileClosing, {}))
-            if (object)
-                setEnabled(*object, true);
-        return;
+    if (waits && _window) {
+        collectAround(*_window, {_outlets._buttonCancel, _outlets._busyView, _outlets._stopButton},
+                      _heldWhileClosing);
+        // Like the buttons, an action that gives something up has the tag 0.
+        for (QAction* action : _window->findChildren<QAction*>())
+            if (action->isEnabled() && action->property("tag") != 0)
+                _heldWhileClosing.emplace_back(action);
     }
-    if (!_window)
-        return;
-    collectAround(*_window, {_outlets._buttonCancel, _outlets._busyView, _outlets._stopButton},
-                  _heldWhileClosing);
-    for (QAction* action : _window->findChildren<QAction*>())
-        if (action->isEnabled() && action->property("tag") != 0)
-            _heldWhileClosing.emplace_back(action);
     for (const QPointer<QObject>& object : _heldWhileClosing)
-        setEnabled(*object, false);
+        if (object)
+            setEnabled(*object, !waits);
+    if (!waits)
+        _heldWhileClosing.clear();
+    if (_commands)
+        _commands->update();
 }
 
 bool CIFImageEditorController::eventFilter(QObject* watched, QEvent* event)

@@ -11,6 +11,7 @@
 
 #include "editor/CIFImageEditorController.h"
 #include "editor/CIFImageEditorView.h"
+#include "editor/Preferences.h"
 #include "platform/drawing/Picture.h"
 #include "plugin/CIFMain.h"
 #include "plugin/StartingValues.h"
@@ -34,6 +35,9 @@ protected:
     using PictureRef = foundation::PictureRef;
     using Script = std::function<void()>;
     static constexpr int kPatience = 30'000; // milliseconds until something counts as hung
+
+    // Nothing that other tests left to be remembered.
+    EditorRun() { editor::Preferences().clear(); }
 
     // Filter mode, with a selection or without; true when accepted.
     bool edit(const PictureRef& picture, const Script& script)

@@ -636,29 +636,28 @@ TEST_F(EditorSizes, ClosesTheSheetWithTheRun)
 TEST_F(EditorRun, SaysWhatIsMissing)
 {
     const TemporaryFolder nothing;
+    const Variable content("CIF_CONTENT_LIBRARY", nothing.path().string());
     LogLines log;
-    {
-        const Variable content("CIF_CONTENT_LIBRARY", nothing.path().string());
-        EXPECT_TRUE(edit(photo(), [&] {
-            choose("CIColorInvert");
-            const PictureRef shown = view().picture();
-            choose("CIGlassDistortion");
-            choose("CIFShadingFilter");
-            EXPECT_THAT(log.lines,
-                        ElementsAre("can't locate glass texture", "can't locate shading material"));
-            EXPECT_EQ(view().picture(), shown);
-            EXPECT_EQ(parts()._texturePopUpButton10->count(), 1); // "Other..."
-            EXPECT_EQ(parts()._texturePopUpButton20->count(), 0);
-            accept();
-        }));
-    }
-    log.lines.clear();
     EXPECT_TRUE(edit(nullptr, [&] {
-        click(parts()._applyButton);
+        controller.applyButton();
         EXPECT_THAT(log.lines, ElementsAre("no image to apply"));
         accept();
     }));
     EXPECT_EQ(controller.outputImage(), nullptr);
+
+    log.lines.clear();
+    EXPECT_TRUE(edit(photo(), [&] {
+        choose("CIColorInvert");
+        const PictureRef shown = view().picture();
+        choose("CIGlassDistortion");
+        choose("CIFShadingFilter");
+        EXPECT_THAT(log.lines,
+                    ElementsAre("can't locate glass texture", "can't locate shading material"));
+        EXPECT_EQ(view().picture(), shown);
+        EXPECT_EQ(parts()._texturePopUpButton10->count(), 1); // "Other..."
+        EXPECT_EQ(parts()._texturePopUpButton20->count(), 0);
+        accept();
+    }));
 }
 
 TEST_F(EditorRun, NeedsItsForm)
