@@ -6,8 +6,8 @@ namespace editor {
 
 QString folded(const QString& text)
 {
-    // Compatible forms make one of letters of full and of half width.
-    QString letters = text.normalized(QString::NormalizationForm_KD).toCaseFolded();
+    // Compatible forms make one of letters of full and of half width, capitals two letters of ß.
+    QString letters = text.normalized(QString::NormalizationForm_KD).toUpper().toCaseFolded();
     letters.removeIf([](QChar c) { return c.category() == QChar::Mark_NonSpacing; });
     return letters;
 }
