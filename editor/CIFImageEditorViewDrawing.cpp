@@ -1,6 +1,8 @@
 // The picture view's drawing, and the pixels it draws as they are made.
 #include "editor/CIFImageEditorView.h"
 
+#include "editor/Shared.h"
+
 #include <QPaintEngine>
 #include <QPaintEvent>
 #include <QPainter>
@@ -25,7 +27,6 @@ class Workers : public QThreadPool {
 public:
     Workers() { setMaxThreadCount(2); }
 };
-Q_GLOBAL_STATIC(Workers, workers)
 
 // The pixels that the painter itself draws to, where these are a window's in memory: copying a
 // picture of a dense screen takes longer than drawing it. Nothing for any other painter.
@@ -207,7 +208,7 @@ void CIFImageEditorView::startBuilding(const Layer& layer)
 {
     if (std::exchange(layer.pixels->begun, true))
         return;
-    workers->start(
+    editor::sharedInstance<Workers>().start(
         [pyramid = layer.pixels->pyramid, relay = _relay, stop = layer.pixels->stop.get_token()] {
             pyramid->build(stop, [&relay] { relay->pixelsDidArrive(); });
         });
