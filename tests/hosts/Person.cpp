@@ -11,6 +11,7 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <deque>
 #include <optional>
 #include <unistd.h>
 
@@ -21,7 +22,8 @@ constexpr int kIdentifierRole = Qt::UserRole + 1;
 
 struct Plan {
     QString words;
-    std::function<void()> action;
+    std::function<void()> action = {};
+    std::function<bool()> condition = {};
 };
 std::deque<Plan> plans;
 QElapsedTimer waiting;
@@ -92,12 +94,17 @@ QMainWindow* Person::window()
 void Person::does(const QStringList& actions)
 {
     for (const QString& action : actions)
-        plans.push_back({action.trimmed(), {}});
+        plans.push_back({action.trimmed()});
 }
 
 void Person::does(std::function<void()> action)
 {
-    plans.push_back({"what the host wants", std::move(action)});
+    plans.push_back({"do what the host wants", std::move(action)});
+}
+
+void Person::waits(std::function<bool()> condition)
+{
+    plans.push_back({"see what the host waits for", {}, std::move(condition)});
 }
 
 void Person::comes()
@@ -120,7 +127,7 @@ void Person::lookAround()
         return;
     }
     const Plan plan = plans.front();
-    if (plan.action || tries(plan.words)) {
+    if (plan.action || (plan.condition ? plan.condition() : tries(plan.words))) {
         plans.pop_front();
         waiting.start();
         // Last, for an action may leave the run, or stay in one of its own.

@@ -6,12 +6,9 @@
 #include <QString>
 #include <QStringList>
 
-#include <deque>
 #include <functional>
 
-class QAbstractItemView;
 class QMainWindow;
-class QWidget;
 
 class Person {
 public:
@@ -25,6 +22,7 @@ public:
     // Nothing to do for long ends the process with status 70.
     static void does(const QStringList& actions);
     static void does(std::function<void()> action);
+    static void waits(std::function<bool()> condition);
     // From where an application comes up, which may be now.
     static void comes();
 
