@@ -5,6 +5,8 @@
 #include "platform/drawing/Picture.h"
 #include "platform/drawing/Scaling.h"
 #include "platform/foundation/Log.h"
+#include "platform/foundation/Work.h"
+#include "platform/imaging/Reduction.h"
 #include "platform/imaging/Renderer.h"
 #include "plugin/CIFMain.h"
 
@@ -24,6 +26,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <stop_token>
 #include <string>
 #include <string_view>
@@ -38,6 +41,7 @@ using foundation::Dictionary;
 using foundation::PictureRef;
 using foundation::Rect;
 using foundation::Size;
+using imaging::Bitmap;
 using imaging::BitmapRef;
 using imaging::PixelFormat;
 using imaging::PixelRect;
@@ -55,6 +59,8 @@ constexpr auto kRest = 4ms, kRestOfMovingHand = 30ms, kMovingHand = 100ms;
 constexpr auto kPatience = 250ms;
 // Whole results that take no longer need no part before them.
 constexpr auto kQuick = 12ms;
+// What making a part may take, as far as there is a choice.
+constexpr auto kFrame = 20ms;
 // Pixels around the part in sight that are made with it, so that small movements find them there.
 constexpr int kMargin = 32;
 // From this density on, a part has the picture's own pixels: a smaller copy would save little.
@@ -129,71 +135,132 @@ public:
     }
 
     // Nothing when what is in sight cannot be shown before the whole.
-    Part part(const Effect& effect, const FilterOutput& output, const Sight& sight,
-              const std::stop_token& stop)
+    Part part(const Effect& effect, const FilterOutput& output, const Sight& sight)
     {
-        return sight.density < kOwnPixelsFrom ? partOfCopy(effect, sight, stop)
-                                              : partOf(output, sight, {}, kAnyDensity, stop);
-    }
-
-    // Of a recorded drawing.
-    static Part partOfDrawing(const Picture& picture, const Sight& sight, const std::stop_token&)
-    {
-        const double density = std::min(sight.density, 1.0);
-        const auto side = [&](double points) {
-            return std::max(1, static_cast<int>(std::lround(points * density)));
-        };
-        auto pixels = drawing::rasterize(*picture.recording(), side(picture.size().width),
-                                         side(picture.size().height));
-        return pixels
-                   ? Part{*std::move(pixels), whole(picture), density < 1 ? density : kAnyDensity}
-                   : Part();
-    }
-
-private:
-    static Part partOf(const FilterOutput& output, const Sight& sight, CopyScale scale,
-                       double density, const std::stop_token& stop)
-    {
-        if (!output)
-            return {};
-        const PixelRect rect = pixelsAround(sight.visible, scale, output.width, output.height);
-        return {imaging::render(output.image, rect, PixelFormat::Rgba8, {stop}),
-                pointsOf(rect, scale), density};
-    }
-
-    Part partOfCopy(const Effect& effect, const Sight& sight, const std::stop_token& stop)
-    {
+        if (sight.density >= kOwnPixelsFrom)
+            return partOf(output, sight.visible, {}, kAnyDensity);
         const Size size = effect.picture->size();
         const auto side = [&](double points) {
             return std::max(1, static_cast<int>(std::lround(points * sight.density)));
         };
         const int width = side(size.width), height = side(size.height);
-        if (!copy(effect.picture, width, height))
-            return {};
         const CopyScale scale{width / size.width, height / size.height};
+        const PixelRect rect = pixelsAround(sight.visible, scale, width, height);
+        Part part{nullptr, pointsOf(rect, scale), sight.density};
+        const PreviewWay way = previewWay(effect.identifier);
+        if (way == PreviewWay::SomeRows) {
+            part.pixels = someRows(effect, output, rect, scale);
+            return part;
+        }
+        // Of a copy that fine, a pattern's smallest cells have a few pixels.
+        constexpr double kFine = 0.43;
+        const double finer =
+            way == PreviewWay::FineCopy ? std::clamp(kFine / sight.density, 1.0, 2.0) : 1;
+        const int copyWidth = static_cast<int>(width * finer);
+        const int copyHeight = static_cast<int>(height * finer);
+        const FilterOutput ofCopy = outputOfCopy(effect, copyWidth, copyHeight);
+        // A filter that takes no picture may answer another size.
+        if (ofCopy.width != copyWidth || ofCopy.height != copyHeight)
+            return {};
+        part.pixels = finer > 1
+                          ? imaging::renderReduced(ofCopy.image, rect, double(width) / copyWidth,
+                                                   double(height) / copyHeight, copyHeight)
+                          : faded(imaging::render(ofCopy.image, rect, PixelFormat::Rgba8),
+                                  previewOpacity(effect.identifier, scale));
+        return part;
+    }
+
+    // Of a recorded drawing.
+    static Part partOfDrawing(const Picture& picture, const Sight& sight)
+    {
+        const Size size = picture.size();
+        const double density = std::min(sight.density, 1.0);
+        const auto side = [&](double points) {
+            return std::max(1, static_cast<int>(std::lround(points * density)));
+        };
+        const int width = side(size.width), height = side(size.height);
+        const CopyScale scale{width / size.width, height / size.height};
+        const PixelRect pixels = pixelsAround(sight.visible, scale, width, height);
+        const Rect rect = pointsOf(pixels, scale);
+        return {picture.part(rect, pixels.width, pixels.height), rect,
+                density < 1 ? density : kAnyDensity};
+    }
+
+private:
+    static Part partOf(const FilterOutput& output, const Rect& visible, CopyScale scale,
+                       double density)
+    {
+        const PixelRect rect = pixelsAround(visible, scale, output.width, output.height);
+        return {imaging::render(output.image, rect, PixelFormat::Rgba8), pointsOf(rect, scale),
+                density};
+    }
+
+    // As many rows of the whole as a frame leaves time for.
+    BitmapRef someRows(const Effect& effect, const FilterOutput& output, const PixelRect& rect,
+                       CopyScale scale)
+    {
+        if (std::exchange(_rowsOf, effect.identifier) != effect.identifier)
+            _rowsEach = 1;
+        const double most = std::ceil(1 / scale.y);
+        const double each = std::clamp(_rowsEach, 1.0, most);
+        const Clock::time_point began = Clock::now();
+        const BitmapRef pixels =
+            imaging::renderReduced(output.image, rect, scale.x, scale.y, static_cast<int>(each));
+        const double frames = (Clock::now() - began) / std::chrono::duration<double>(kFrame);
+        // Slowly, as others use the machine too.
+        _rowsEach = std::clamp(each * std::clamp(1 / frames, 0.5, 1.5), 1.0, most);
+        return pixels;
+    }
+
+    static BitmapRef faded(const std::shared_ptr<Bitmap>& pixels, double opacity)
+    {
+        if (pixels && opacity < 1)
+            for (int y = 0; y < pixels->height(); ++y) {
+                auto* row = pixels->rowAs<std::uint8_t>(y);
+                for (int x = 0; x < pixels->width(); ++x)
+                    row[4 * x + 3] = static_cast<std::uint8_t>(row[4 * x + 3] * opacity + 0.5);
+            }
+        return pixels;
+    }
+
+    FilterOutput outputOfCopy(const Effect& effect, int width, int height)
+    {
+        const PictureRef copy = copyOf(effect.picture, width, height);
+        if (!copy)
+            return {};
         if (_described != effect.identifier) {
             _described = effect.identifier;
             _description = _small.CIFQueryAttributesForFilter(effect.identifier);
         }
-        const Dictionary attributes = withScaledPictures(
-            previewAttributes(effect.identifier, effect.attributes, _description, scale), scale);
-        const FilterOutput output = _small.outputOfFilter(effect.identifier, attributes, _copy);
-        // A filter that takes no picture may answer another size.
-        if (output.width != width || output.height != height)
-            return {};
-        return partOf(output, sight, scale, sight.density, stop);
+        const Size size = effect.picture->size();
+        const CopyScale scale{width / size.width, height / size.height};
+        return _small.outputOfFilter(
+            effect.identifier,
+            withScaledPictures(
+                previewAttributes(effect.identifier, effect.attributes, _description, scale),
+                scale),
+            copy);
     }
 
-    bool copy(const PictureRef& picture, int width, int height)
+    // The last two are kept: one as it is shown, one finer.
+    PictureRef copyOf(const PictureRef& picture, int width, int height)
     {
-        if (_copyOf == picture && _copy && _copy->pixelsWide() == width &&
-            _copy->pixelsHigh() == height)
-            return true;
-        _copyOf = _copy = nullptr;
-        if (const BitmapRef pixels = picture->bitmap())
-            _copy = Picture::fromBitmap(drawing::scaledBitmap(*pixels, width, height));
-        _copyOf = picture;
-        return _copy != nullptr;
+        const auto fits = [&](const Copy& c) {
+            return c.of == picture && c.picture && c.picture->pixelsWide() == width &&
+                   c.picture->pixelsHigh() == height;
+        };
+        if (!fits(_copies[0])) {
+            std::swap(_copies[0], _copies[1]);
+            if (!fits(_copies[0])) {
+                _copies[0] = {};
+                if (_copies[1].of != picture)
+                    _copies[1] = {};
+                if (const BitmapRef pixels = picture->bitmap())
+                    _copies[0] = {picture, Picture::fromBitmap(
+                                               drawing::scaledBitmap(*pixels, width, height))};
+            }
+        }
+        return _copies[0].picture;
     }
 
     Dictionary withScaledPictures(Dictionary attributes, CopyScale scale)
@@ -223,7 +290,12 @@ private:
     }
 
     CIFMain _whole, _small;
-    PictureRef _copyOf, _copy;
+    struct Copy {
+        PictureRef of, picture;
+    };
+    Copy _copies[2];
+    std::string _rowsOf; // the filter
+    double _rowsEach = 1;
     PictureRef _textureOf, _texture;
     CopyScale _textureScale;
     std::string _described; // whose description is kept
@@ -267,6 +339,7 @@ struct EffectRunner::Worker {
     PictureRef result;
     bool isShown = true; // nothing of another effect was shown since
     bool toldBusy = false;
+    double toldProgress = -1;
     Counters counters;
     Clock::time_point lastRun;
 
@@ -275,6 +348,7 @@ struct EffectRunner::Worker {
     void giveUp();
     void end();
     void tellBusy();
+    void tellProgress(double fraction);
     void deliver();
     void deliver(const Delivery& delivery);
     void stopOlder();
@@ -311,12 +385,19 @@ struct EffectRunner::Worker {
     std::string pacedIdentifier;
     std::weak_ptr<const Picture> pacedPicture;
     Clock::duration pace{};
+    std::set<std::string> drawing; // the generators that answered drawings
 
     void live(const std::stop_token& end);
     void work(const Job& job);
     void workOnFilter(const Job& job);
     void workOnGenerator(const Job& job);
-    void showParts(const Job& job, const std::function<Part(const Sight&, std::stop_token)>& make);
+    void showParts(const Job& job, const std::function<Part(const Sight&)>& make);
+    // A section of the progress that the window is told of.
+    struct Section {
+        double from = 0, to = 0;
+    };
+    bool attempt(const Job& job, Phase newPhase, Section section,
+                 const std::function<void()>& work);
     bool rests(const Job& job);
     std::stop_token begin(Phase newPhase);
     void hand(Delivery delivery);
@@ -360,7 +441,16 @@ void EffectRunner::Worker::run(const Effect& effect)
     posted.notify_one();
     if (watch && QCoreApplication::instance())
         QTimer::singleShot(kPatience, &runner, [this] { stopOlder(); });
+    const QPointer<EffectRunner> alive(&runner);
     tellBusy();
+    if (alive)
+        tellProgress(-1);
+}
+
+void EffectRunner::Worker::tellProgress(double fraction)
+{
+    if (std::exchange(toldProgress, fraction) != fraction)
+        Q_EMIT runner.progressDidChange(fraction);
 }
 
 // Whether nothing is left that an older effect is still patiently given time for.
@@ -457,7 +547,7 @@ void EffectRunner::Worker::deliver(const Delivery& delivery)
         foundation::log(delivery.line);
         break;
     case Delivery::Kind::Progress:
-        Q_EMIT runner.progressDidChange(delivery.progress);
+        tellProgress(delivery.progress);
         break;
     case Delivery::Kind::Part:
         ++counters.parts;
@@ -562,7 +652,11 @@ void EffectRunner::Worker::hand(Delivery delivery)
         const std::lock_guard guard(lock);
         if (delivery.kind != Delivery::Kind::LogLine && delivery.job < firstValid)
             return;
-        deliveries.push_back(std::move(delivery));
+        if (delivery.kind == Delivery::Kind::Progress && !deliveries.empty() &&
+            deliveries.back().kind == Delivery::Kind::Progress)
+            deliveries.back() = std::move(delivery);
+        else
+            deliveries.push_back(std::move(delivery));
         arrived.notify_all();
         if (std::exchange(isPosted, true))
             return;
@@ -587,6 +681,28 @@ void EffectRunner::Worker::work(const Job& job)
         workOnFilter(job);
 }
 
+// Does work that can be stopped; false when it was.
+bool EffectRunner::Worker::attempt(const Job& job, Phase newPhase, Section section,
+                                   const std::function<void()>& work)
+{
+    const std::stop_token stop = begin(newPhase);
+    try {
+        std::function<void(double)> report;
+        if (section.to > section.from)
+            report = [&](double fraction) {
+                hand({.kind = Delivery::Kind::Progress,
+                      .job = job.number,
+                      .progress = std::lerp(section.from, section.to, fraction)});
+            };
+        const foundation::WorkScope scope(stop, std::move(report));
+        foundation::checkpoint();
+        work();
+        return true;
+    } catch (const foundation::Stopped&) {
+        return false;
+    }
+}
+
 void EffectRunner::Worker::workOnFilter(const Job& job)
 {
     const PictureRef& picture = job.effect.picture;
@@ -596,82 +712,82 @@ void EffectRunner::Worker::workOnFilter(const Job& job)
         before = std::move(passed);
         passed.clear();
     }
-    begin(Phase::ForShow);
-    // What the plug-in object answers can depend on what it was asked before. Nothing is computed.
-    for (const Effect& effect : before)
-        studio->output(effect);
-    const FilterOutput output = studio->output(job.effect);
+    FilterOutput output;
+    // What the plug-in object answers can depend on what it was asked before. Only the source is
+    // computed here.
+    const bool isThere = attempt(job, Phase::ForShow, {}, [&] {
+        for (const Effect& effect : before)
+            studio->output(effect);
+        output = studio->output(job.effect);
+    });
+    if (!isThere)
+        return;
     if (!output) {
         handResult(job, nullptr);
         return;
     }
-    const bool quick = pacedIdentifier == job.effect.identifier && pacedPicture.lock() == picture &&
-                       pace <= kQuick;
+    const bool isQuick = pacedIdentifier == job.effect.identifier &&
+                         pacedPicture.lock() == picture && pace <= kQuick;
     {
         const std::lock_guard guard(lock);
-        showsParts = !quick && picture->size() == Size{double(output.width), double(output.height)};
+        showsParts =
+            !isQuick && picture->size() == Size{double(output.width), double(output.height)};
     }
-    for (;;) {
-        showParts(job, [&](const Sight& part, const std::stop_token& stop) {
-            return studio->part(job.effect, output, part, stop);
-        });
-        if (!quick && !rests(job))
-            return;
+    BitmapRef pixels;
+    const auto render = [&] {
         const Clock::time_point began = Clock::now();
-        const std::stop_token stop = begin(quick ? Phase::ForShow : Phase::ForNewest);
-        const BitmapRef pixels = imaging::render(output.image, {0, 0, output.width, output.height},
-                                                 output.format, {stop});
-        if (pixels || !stop.stop_requested()) {
-            pacedIdentifier = job.effect.identifier;
-            pacedPicture = picture;
-            pace = Clock::now() - began;
+        pixels = imaging::render(output.image, {0, 0, output.width, output.height}, output.format);
+        pacedIdentifier = job.effect.identifier;
+        pacedPicture = picture;
+        pace = Clock::now() - began;
+    };
+    constexpr Section kAll{0, 1};
+    if (isQuick) {
+        if (attempt(job, Phase::ForShow, kAll, render))
             handResult(job, Picture::fromBitmap(pixels));
-            return;
-        }
-        const std::lock_guard guard(lock);
-        if (isOlder(job))
-            return;
+        return;
     }
+    do {
+        showParts(job, [&](const Sight& part) { return studio->part(job.effect, output, part); });
+        if (!rests(job))
+            return;
+    } while (!attempt(job, Phase::ForNewest, kAll, render));
+    handResult(job, Picture::fromBitmap(pixels));
 }
 
 void EffectRunner::Worker::workOnGenerator(const Job& job)
 {
-    begin(Phase::ForShow);
-    const PictureRef picture = studio->generated(job.effect);
-    if (!picture || !picture->isVector()) {
-        if (picture)
+    // Drawings are made into pixels afterwards.
+    const double recorded = drawing.contains(job.effect.identifier) ? 0.5 : 1;
+    PictureRef picture;
+    const bool isThere = attempt(job, Phase::ForShow, {0, recorded}, [&] {
+        picture = studio->generated(job.effect);
+        if (picture && !picture->isVector())
             static_cast<void>(picture->bitmap());
+    });
+    if (!isThere)
+        return;
+    if (!picture || !picture->isVector()) {
         handResult(job, picture);
         return;
     }
+    drawing.insert(job.effect.identifier);
     {
         const std::lock_guard guard(lock);
         showsParts = job.effect.picture && picture->size() == job.effect.picture->size();
     }
-    for (;;) {
-        showParts(job, [&](const Sight& part, const std::stop_token& stop) {
-            return Studio::partOfDrawing(*picture, part, stop);
-        });
+    bool isDrawn = false;
+    do {
+        showParts(job, [&](const Sight& part) { return Studio::partOfDrawing(*picture, part); });
         if (!rests(job))
             return;
-        const std::stop_token stop = begin(Phase::ForNewest);
-        if (!stop.stop_requested() && picture->bitmap()) {
-            handResult(job, picture);
-            return;
-        }
-        const std::lock_guard guard(lock);
-        if (isOlder(job))
-            return;
-        if (!stop.stop_requested()) {
-            handResult(job, nullptr);
-            return;
-        }
-    }
+    } while (
+        !attempt(job, Phase::ForNewest, {0.5, 1}, [&] { isDrawn = picture->bitmap() != nullptr; }));
+    handResult(job, isDrawn ? picture : nullptr);
 }
 
 // The part in sight, and once more when something else comes into sight meanwhile.
-void EffectRunner::Worker::showParts(const Job& job,
-                                     const std::function<Part(const Sight&, std::stop_token)>& make)
+void EffectRunner::Worker::showParts(const Job& job, const std::function<Part(const Sight&)>& make)
 {
     for (;;) {
         Sight part;
@@ -681,11 +797,15 @@ void EffectRunner::Worker::showParts(const Job& job,
                 return;
             part = {common(sight.visible, whole(*job.effect.picture)), sight.density};
         }
-        Part made = make(part, begin(Phase::ForShow));
+        Part made;
+        if (!attempt(job, Phase::ForShow, {}, [&] { made = make(part); }))
+            return;
         {
             const std::lock_guard guard(lock);
             // Without pixels too: it is not tried again.
             shown = {nullptr, made ? made.rect : part.visible, part.density};
+            if (made)
+                shown.density = made.density;
         }
         if (made)
             hand({.kind = Delivery::Kind::Part, .job = job.number, .part = std::move(made)});

@@ -18,7 +18,8 @@ using foundation::Vector;
 
 namespace {
 
-enum class Rule { Keep, Length, Place, Movement };
+// Steep: a length that is multiplied by the slopes of a picture that shrinks too, and gets steeper.
+enum class Rule { Keep, Length, Steep, Place, Movement };
 
 struct Exception {
     std::string_view filter, key;
@@ -28,8 +29,39 @@ struct Exception {
 constexpr Exception kExceptions[] = {
     // Lengths that are described as plain numbers.
     {"CIGaussianBlur", "inputRadius", Rule::Length},
-    // A share of the width, described as a length.
+    {"CIFShadingFilter", "inputRadius", Rule::Length},
+    // Of slopes, which get steeper.
+    {"CIFShadingFilter", "inputScale", Rule::Length},
+    {"CIGlassDistortion", "inputScale", Rule::Steep},
+    // Its width is a few pixels of any picture; on a smaller copy the same width would sharpen what
+    // the whole has spread over many pixels.
+    {"CISharpenLuminance", "inputSharpness", Rule::Length},
+    // Shares, described as lengths.
     {"CICMYKHalftone", "inputSharpness", Rule::Keep},
+    {"CIZoomBlur", "inputAmount", Rule::Keep},
+};
+
+struct Way {
+    std::string_view filter;
+    PreviewWay way;
+};
+
+constexpr Way kWays[] = {
+    {"CICheckerboardGenerator", PreviewWay::FineCopy},
+    {"CICircularScreen", PreviewWay::FineCopy},
+    {"CICMYKHalftone", PreviewWay::FineCopy},
+    {"CIDotScreen", PreviewWay::FineCopy},
+    {"CIHatchedScreen", PreviewWay::FineCopy},
+    {"CILineScreen", PreviewWay::FineCopy},
+    {"CIStripesGenerator", PreviewWay::FineCopy},
+    {"CIColorPosterize", PreviewWay::SomeRows},
+    {"CIEdges", PreviewWay::SomeRows},
+    {"CIEdgeWork", PreviewWay::SomeRows},
+    {"CIFBlackWhiteFilter", PreviewWay::SomeRows},
+    {"CIFNetDistortion", PreviewWay::SomeRows},
+    {"CIFSobel", PreviewWay::SomeRows},
+    {"CIFTransparentColorFilter", PreviewWay::SomeRows},
+    {"CIRandomGenerator", PreviewWay::SomeRows},
 };
 
 Rule ruleOf(std::string_view filter, std::string_view key, const Dictionary& description)
@@ -95,6 +127,10 @@ Value scaled(Rule rule, const Value& value, CopyScale scale)
         if (const Number* n = value.number())
             return scaledNumber(*n, std::sqrt(scale.x * scale.y));
         return scaledPlace(value, scale);
+    case Rule::Steep:
+        if (const Number* n = value.number())
+            return scaledNumber(*n, scale.x * scale.y);
+        break;
     case Rule::Place:
         return scaledPlace(value, scale);
     case Rule::Movement:
@@ -135,6 +171,19 @@ Dictionary previewAttributes(std::string_view identifier, const Dictionary& attr
             out.set(key, scaled(rule, standard, scale));
     }
     return out;
+}
+
+PreviewWay previewWay(std::string_view identifier)
+{
+    for (const Way& w : kWays)
+        if (w.filter == identifier)
+            return w.way;
+    return PreviewWay::Copy;
+}
+
+double previewOpacity(std::string_view identifier, CopyScale scale)
+{
+    return identifier == "CILineOverlay" ? std::sqrt(scale.x * scale.y) : 1;
 }
 
 bool isScaledPicture(std::string_view key)

@@ -25,6 +25,18 @@ foundation::Dictionary previewAttributes(std::string_view identifier,
                                          const foundation::DictionaryRef& description,
                                          CopyScale scale);
 
+// What is closest to the whole result made smaller, for a picture shown smaller than it is.
+enum class PreviewWay {
+    Copy,     // the filter applied to a copy as small as it is shown
+    FineCopy, // to a copy of up to twice that size, whose result is made smaller: for patterns
+    SomeRows, // some rows of the whole result: for what a filter does to single pixels
+};
+PreviewWay previewWay(std::string_view identifier);
+
+// What the alpha of the copy's result is multiplied by: lines that stay as thin on a smaller copy
+// cover less of the picture.
+double previewOpacity(std::string_view identifier, CopyScale scale);
+
 // Whether the picture under the key lies on the picture pixel by pixel, and is to shrink with it.
 bool isScaledPicture(std::string_view key);
 
