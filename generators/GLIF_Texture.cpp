@@ -60,9 +60,13 @@ struct Counts {
 
 // A walk over a tile whose sides meet.
 class Walk {
+    struct Place {
+        int x, y;
+    };
+
 public:
     Walk(const Counts& counts, PixelSize tile, int x, int y)
-        : _counts(counts), _width(tile.width), _height(tile.height), _x(x), _y(y)
+        : _counts(counts), _width(tile.width), _height(tile.height), _at{x, y}
     {
     }
 
@@ -71,21 +75,21 @@ public:
     {
         switch (type) {
         case 0: // wanders
-            repeat(steps, [this](RandomRun& random) {
-                _x = wrapped(_x + random.next() % 3 - 1, _width);
-                _y = wrapped(_y + random.next() % 3 - 1, _height);
+            repeat<2>(steps, [this](Place& at, const int* drawn) {
+                at.x = wrapped(at.x + drawn[0] % 3 - 1, _width);
+                at.y = wrapped(at.y + drawn[1] % 3 - 1, _height);
             });
             break;
         case 1: // runs down the picture
-            repeat(steps, [this](RandomRun& random) {
-                _x = wrapped(_x + random.next() % 3 - 1, _width);
-                _y = wrapped(_y + 1, _height);
+            repeat<1>(steps, [this](Place& at, const int* drawn) {
+                at.x = wrapped(at.x + drawn[0] % 3 - 1, _width);
+                at.y = wrapped(at.y + 1, _height);
             });
             break;
         case 3: // swaps the directions
-            repeat(steps, [this](RandomRun& random) {
-                _x = (_width + random.next() % 3 + _y - 1) % _width;
-                _y = (_height + random.next() % 3 + _x - 1) % _height;
+            repeat<2>(steps, [this](Place& at, const int* drawn) {
+                at.x = (_width + drawn[0] % 3 + at.y - 1) % _width;
+                at.y = (_height + drawn[1] % 3 + at.x - 1) % _height;
             });
             break;
         default: // drifts with the waves
@@ -98,23 +102,34 @@ public:
     std::int32_t most() const { return _most; }
 
 private:
-    template <class Move>
+    // After the draw for the count, a move gets so many more.
+    template <int kDrawsToMove, class Move>
     void repeat(std::int64_t steps, const Move& move)
     {
-        // Under a millisecond of them.
-        constexpr std::int64_t kStepsAtOnce = 1 << 16;
+        constexpr int kDraws = 1 + kDrawsToMove;
+        constexpr std::int64_t kStepsAtOnce = 1024, kStepsWatched = 64 * kStepsAtOnce;
         RandomRun random;
+        // Of this function alone, so that it need not go through memory.
+        Place at = _at;
+        std::int32_t most = _most;
+        int drawn[kDraws * kStepsAtOnce];
         for (std::int64_t first = 0; first < steps; first += kStepsAtOnce) {
-            foundation::checkpoint();
-            foundation::reportProgress(static_cast<double>(first) / static_cast<double>(steps));
-            const std::int64_t last = std::min(steps, first + kStepsAtOnce);
-            for (std::int64_t step = first; step < last; ++step) {
-                std::int32_t& count = _counts.at(_x, _y);
-                count += random.next() % 5;
-                _most = std::max(_most, count);
-                move(random);
+            // In less than a millisecond.
+            if (first % kStepsWatched == 0) {
+                foundation::checkpoint();
+                foundation::reportProgress(static_cast<double>(first) / static_cast<double>(steps));
+            }
+            const std::int64_t count = std::min(steps - first, kStepsAtOnce);
+            random.take(drawn, kDraws * count);
+            for (const int* draw = drawn; draw != drawn + kDraws * count; draw += kDraws) {
+                std::int32_t& visits = _counts.at(at.x, at.y);
+                visits += draw[0] % 5;
+                most = std::max(most, visits);
+                move(at, draw + 1);
             }
         }
+        _at = at;
+        _most = most;
     }
 
     void takeInWaves(std::int64_t steps)
@@ -136,26 +151,27 @@ private:
             isClear = isClear && (above == 0 || (above > 1e-9 && above < 1 - 1e-9));
         }
         if (isClear)
-            repeat(steps, [this, &wholeDrifts](RandomRun& random) {
-                _x = wrapped(_x + wholeDrifts[_y] + random.next() % 3 - 1, _width);
-                _y = wrapped(_y + random.next() % 3 - 1, _height);
+            repeat<2>(steps, [this, &wholeDrifts](Place& at, const int* drawn) {
+                at.x = wrapped(at.x + wholeDrifts[at.y] + drawn[0] % 3 - 1, _width);
+                at.y = wrapped(at.y + drawn[1] % 3 - 1, _height);
             });
         else
-            repeat(steps, [this, &drifts](RandomRun& random) {
-                const double drifted = _x + drifts[_y];
-                const double moved = drifted + random.next() % 3 - 1.0 + _width;
-                _x = static_cast<int>(moved) % _width;
+            repeat<2>(steps, [this, &drifts](Place& at, const int* drawn) {
+                const double drifted = at.x + drifts[at.y];
+                const double moved = drifted + drawn[0] % 3 - 1.0 + _width;
+                at.x = static_cast<int>(moved) % _width;
                 // In a tile narrower than the drift.
-                if (_x < 0)
-                    _x += _width;
-                _y = wrapped(_y + random.next() % 3 - 1, _height);
+                if (at.x < 0)
+                    at.x += _width;
+                at.y = wrapped(at.y + drawn[1] % 3 - 1, _height);
             });
     }
 
     static constexpr int kFarthestMove = 4;
 
     const Counts& _counts;
-    int _width, _height, _x, _y;
+    int _width, _height;
+    Place _at;
     std::int32_t _most = 0;
 };
 

@@ -1,6 +1,9 @@
 #include "generators/Random.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 
 namespace generators {
 
@@ -42,10 +45,44 @@ RandomRun::~RandomRun()
     draws += _draws;
 }
 
+// The sum of the numbers 3 and 31 before, of which the lowest bit is not handed out. The state
+// holds the last 31, the oldest where the next will be.
+void RandomRun::take(int* numbers, std::size_t count)
+{
+    constexpr int kNumbers = 31, kNear = 3;
+    if (_data.rand_deg != kNumbers || _data.rand_sep != kNear) {
+        for (std::size_t i = 0; i < count; ++i)
+            numbers[i] = next();
+        return;
+    }
+    _draws += count;
+    std::uint32_t state[kNumbers];
+    std::memcpy(state, _data.state, sizeof state);
+    int at = static_cast<int>(_data.fptr - _data.state);
+    while (count > 0) {
+        const int end = static_cast<int>(std::min<std::size_t>(kNumbers, at + count));
+        count -= end - at;
+        for (; at < end; ++at) {
+            state[at] += state[at < kNear ? at + kNumbers - kNear : at - kNear];
+            *numbers++ = static_cast<int>(state[at] >> 1);
+        }
+        at = at == kNumbers ? 0 : at;
+    }
+    std::memcpy(_data.state, state, sizeof state);
+    _data.fptr = _data.state + at;
+    _data.rptr = _data.state + (at + kNumbers - kNear) % kNumbers;
+}
+
 #else
 
 RandomRun::RandomRun() = default;
 RandomRun::~RandomRun() = default;
+
+void RandomRun::take(int* numbers, std::size_t count)
+{
+    for (std::size_t i = 0; i < count; ++i)
+        numbers[i] = next();
+}
 
 #endif
 

@@ -27,6 +27,9 @@ public:
     RandomRun(const RandomRun&) = delete;
     RandomRun& operator=(const RandomRun&) = delete;
 
+    // The next so many numbers at once: less than half the cost again.
+    void take(int* numbers, std::size_t count);
+
     // What randomInt() would have answered.
     int next()
     {

@@ -83,6 +83,8 @@ void Path::close()
 
 void Path::appendRect(const Rect& rect)
 {
+    if (_elements.empty())
+        _elements.reserve(5);
     moveTo({rect.x, rect.y});
     lineTo({rect.x + rect.width, rect.y});
     lineTo({rect.x + rect.width, rect.y + rect.height});
@@ -95,6 +97,8 @@ void Path::appendOvalInRect(const Rect& rect)
     const double rx = rect.width * 0.5, ry = rect.height * 0.5;
     const double cx = rect.x + rx, cy = rect.y + ry;
     const double kx = rx * kCircleControl, ky = ry * kCircleControl;
+    if (_elements.empty())
+        _elements.reserve(6);
     moveTo({cx + rx, cy});
     curveTo({cx + rx, cy + ky}, {cx + kx, cy + ry}, {cx, cy + ry});
     curveTo({cx - kx, cy + ry}, {cx - rx, cy + ky}, {cx - rx, cy});

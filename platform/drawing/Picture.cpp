@@ -39,6 +39,18 @@ private:
 
 } // namespace
 
+foundation::Result<BitmapRef> VectorSource::rasterizePart(const Rect& part, int width, int height,
+                                                          const RasterOptions& options) const
+{
+    const RecordingRef drawing = recording();
+    if (!drawing)
+        return foundation::Error{"only a recorded drawing can be drawn in part"};
+    auto bitmap = drawing::rasterizePart(*drawing, part, width, height, options);
+    if (!bitmap)
+        return foundation::Error{bitmap.error()};
+    return BitmapRef(*std::move(bitmap));
+}
+
 PictureRef Picture::fromBitmap(BitmapRef bitmap, PictureMetadata metadata)
 {
     const Size size = bitmap ? Size{double(bitmap->width()), double(bitmap->height())} : Size{};
@@ -191,7 +203,7 @@ BitmapRef Picture::part(const Rect& rect, int width, int height, const RasterOpt
 {
     if (!_vector || !_recording)
         return nullptr;
-    auto drawn = rasterizePart(*_recording, rect, width, height, options);
+    auto drawn = _vector->rasterizePart(rect, width, height, options);
     if (drawn)
         return *std::move(drawn);
     if (!options.stop.stop_requested())

@@ -26,6 +26,9 @@ public:
     virtual foundation::Result<imaging::BitmapRef> rasterize(int width, int height) const = 0;
     // The recorded drawing behind it, if there is one.
     virtual RecordingRef recording() const { return nullptr; }
+    // A part of that drawing for looking at; see drawing::rasterizePart().
+    virtual foundation::Result<imaging::BitmapRef> rasterizePart(
+        const Rect& part, int width, int height, const RasterOptions& options) const;
 };
 
 // A picture whose pixels are made when they are asked for.
