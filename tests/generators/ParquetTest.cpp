@@ -1,10 +1,12 @@
 // The shapes of a cell, and cells laid side by side against cells drawn one by one.
+#include "platform/drawing/Scaling.h"
 #include "tests/generators/Generate.h"
 #include "tests/support/Golden.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 using namespace support;
@@ -97,6 +99,20 @@ TEST(Parquet, LaidCellsAreThoseDrawn)
         EXPECT_LE(compare(*picture->bitmap(), **drawn).largest, 8 / 255.0);
         const auto twice = drawing::rasterize(*picture->recording(), 662, 514);
         EXPECT_EQ(compare(*picture->bitmapOfSize(662, 514), **twice).largest, 0);
+
+        // Parts at the own size are cut from the pixels, smaller ones averaged.
+        const auto part = picture->part({33, 60, 200, 150}, 200, 150);
+        ASSERT_TRUE(part);
+        for (int y = 0; y < 150; ++y)
+            ASSERT_EQ(std::memcmp(part->row(y), (*picture->bitmap()).row(257 - 210 + y) + 4 * 33,
+                                  4 * 200),
+                      0)
+                << y;
+        const auto half = picture->part({0, 0, 331, 257}, 165, 128);
+        ASSERT_TRUE(half);
+        EXPECT_LT(compare(*half, *drawing::scaledBitmap(**drawn, 165, 128)).mean, 4 / 255.0);
+        EXPECT_TRUE(picture->part({-10, 0, 331, 257}, 165, 128));
+        EXPECT_TRUE(picture->part({0, 0, 20, 20}, 165, 128));
     }
 }
 
