@@ -1,38 +1,20 @@
 // How long every generator takes with its advertised defaults: the picture drawn from nothing, and
 // recoloured where only colours change.
+#include "bench/Brush.h"
 #include "bench/Report.h"
 #include "generators/GLIFCoreObject.h"
 #include "generators/Register.h"
 #include "platform/drawing/Picture.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
 using foundation::Dictionary;
 
-namespace {
-
-// A round brush, soft at the rim, for the generator that prints one.
-drawing::PictureRef roundBrush()
-{
-    constexpr int kSide = 256;
-    auto pixels = imaging::Bitmap::makeClear(kSide, kSide, imaging::PixelFormat::Rgba8);
-    for (int y = 0; pixels && y < kSide; ++y)
-        for (int x = 0; x < kSide; ++x) {
-            const double away = std::hypot(x + 0.5 - kSide / 2, y + 0.5 - kSide / 2) / (kSide / 2);
-            const double alpha = std::clamp(2 * (1 - away), 0.0, 1.0);
-            pixels->rowAs<std::uint8_t>(y)[4 * x + 3] = static_cast<std::uint8_t>(alpha * 255);
-        }
-    return drawing::Picture::fromBitmap(pixels);
-}
-
-} // namespace
-
 int main(int argc, char** argv)
 {
     const bench::Arguments arguments = bench::parse(argc, argv);
-    const drawing::PictureRef brush = roundBrush();
+    const drawing::PictureRef brush = bench::roundBrush();
     std::vector<bench::Row> rows;
     for (const int megapixels : arguments.megapixels) {
         const int width = static_cast<int>(std::lround(std::sqrt(megapixels * 1e6 * 4 / 3)));
