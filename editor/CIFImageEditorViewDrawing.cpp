@@ -306,12 +306,21 @@ void CIFImageEditorView::drawLayers(QPainter& painter, const QRect& part, std::s
         .side = std::max(qRound(kCheckerSide * devicePixelRatioF()), 1),
         .origin = deviceOrigin(),
     };
-    // The lowest covers the rest, unless it has no pixels yet or is an original of another shape.
-    if (layers.empty() || layers.front().pyramid().levels() == 0 ||
-        !editor::coveredPixels(deviceFromPicture(layers.front().rect)).contains(part))
-        editor::drawCheckers(checkers, *canvas);
-    for (Layer& layer : layers) {
+    // Layers replace what is under them: drawn from the last on that covers everything.
+    std::size_t covering = layers.size();
+    for (std::size_t i = 0; i < layers.size(); ++i) {
+        Layer& layer = layers[i];
         layer.drawnLevel = editor::availableLevel(layer.pyramid(), scaleOf(layer));
+        if (layer.drawnLevel >= 0 &&
+            editor::coveredPixels(deviceFromPicture(layer.rect)).contains(part))
+            covering = i;
+    }
+    // Its own pixels are not there yet, or it is an original of another shape.
+    if (covering == layers.size()) {
+        editor::drawCheckers(checkers, *canvas);
+        covering = 0;
+    }
+    for (const Layer& layer : layers.subspan(covering)) {
         // Parts that are shown as they are need no smaller copies; a zoom may change that.
         if (!isReady(layer))
             startBuilding(layer);

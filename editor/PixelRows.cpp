@@ -47,6 +47,19 @@ Words times(Words a, Words b)
 #endif
 }
 
+// a less b, but never below 0.
+Words less(Words a, Words b)
+{
+#if defined(__x86_64__)
+    return Words(_mm_subs_epu16(__m128i(a), __m128i(b)));
+#else
+    Words r;
+    for (int k = 0; k < 8; ++k)
+        r[k] = static_cast<std::uint16_t>(a[k] > b[k] ? a[k] - b[k] : 0);
+    return r;
+#endif
+}
+
 // Numbers below 256 as bytes.
 Bytes narrowed(Words a, Words b)
 {
@@ -260,9 +273,11 @@ void ColumnMixer::mixRow(const std::uint16_t* sums, Backdrop backdrop, QRgb* out
         Words low = two(i), high = two(i + 2);
         if constexpr (!Opaque) {
             // A byte beside itself is 257 times the byte, which makes up for 255 in the alpha.
+            // Through what is opaque but for the last digits of the sums nothing is seen.
             const Bytes below = load<Bytes>(backdrop + i);
-            low += times(firstTwo(below, below), 0xff00 - alphas(low));
-            high += times(lastTwo(below, below), 0xff00 - alphas(high));
+            const Words full = std::uint16_t(0xff00 - 12) - Words{};
+            low += times(firstTwo(below, below), less(full, alphas(low)));
+            high += times(lastTwo(below, below), less(full, alphas(high)));
         }
         store(screenOrder(narrowed((low + 0x80) >> 8, (high + 0x80) >> 8)), out + i);
     };

@@ -173,6 +173,22 @@ TEST(PixelDrawing, DoesNotDependOnThePartDrawn)
     }
 }
 
+// So that nothing changes on the screen when it turns out.
+TEST(PixelDrawing, ShowsOpaquePixelsAlikeBeforeTheyAreKnownToBe)
+{
+    const BitmapRef bitmap = noise(160, 120);
+    const PicturePyramid unknown(bitmap);
+    const auto known = built(bitmap);
+    ASSERT_TRUE(known->isOpaque() && !unknown.isOpaque());
+    const QRect part(0, 0, 150, 110);
+    for (const double scale : {0.52, 0.6, 0.83, 1.0, 1.26, 1.9, 3.3})
+        for (const bool smooth : {false, true}) {
+            const QRectF target(-3, 2, 160 * scale, 120 * scale);
+            EXPECT_EQ(drawn(unknown, target, part, smooth), drawn(*known, target, part, smooth))
+                << scale << (smooth ? " smooth" : "");
+        }
+}
+
 TEST(PixelDrawing, InterpolatesPixelsThatAreCoarserThanThePicture)
 {
     const BitmapRef two =
