@@ -34,8 +34,9 @@ Outcome<plugin::Recipe> writtenRecipe(CIFMain& main, const plugin::EditRecord& r
         const Outcome<plugin::Entry> entry = entryNamed(main, step.identifier);
         if (!entry)
             return std::unexpected(entry.error());
-        auto prepared =
-            plugin::prepareStep(main, *entry, step, {1, 1}, plugin::Checking::Unchecked);
+        // As the printed line has it, so that both note the same.
+        auto prepared = plugin::prepareStep(main, *entry, plugin::withoutStartingValues(main, step),
+                                            {1, 1}, plugin::Checking::Unchecked);
         if (!prepared)
             return noPicture(prepared.error().text);
         step = std::move(prepared->asRun);

@@ -158,6 +158,8 @@ bool Person::tries(const QString& action)
         return false;
     if (verb == "click")
         return qobject_cast<QAbstractButton*>(widget);
+    if (verb == "await")
+        return true;
     if (verb == "type") {
         auto* field = qobject_cast<QLineEdit*>(widget);
         field = field ? field : widget->findChild<QLineEdit*>();

@@ -15,6 +15,7 @@ public:
     // One action after another, each as soon as it can be done:
     //     choose IDENTIFIER                a row of the list that is shown, with the mouse
     //     click BUTTON
+    //     await WIDGET                     until it can be used
     //     type FIELD TEXT                  in place of what is there, and Enter
     //     drag WIDGET X0,Y0 X1,Y1          in parts of its width and height, from the top left
     //     shot FILE                        a picture of the window
