@@ -362,7 +362,7 @@ private:
         if (!smaller || smaller->format() != _part->format())
             return;
         row.likeness = likeness(*_part, *smaller);
-        if (_options.pictures.isEmpty() || row.sight != "fitted")
+        if (_options.pictures.isEmpty() || row.sight == "own")
             return;
         const QImage preview = imageOf(*_part), whole = imageOf(*smaller);
         QImage sheet(preview.width() * 2 + 8, preview.height(), QImage::Format_RGBA8888);

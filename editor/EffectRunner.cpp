@@ -152,21 +152,18 @@ public:
             part.pixels = someRows(effect, output, rect, scale);
             return part;
         }
-        // Of a copy that fine, a pattern's smallest cells have a few pixels.
-        constexpr double kFine = 0.43;
-        const double finer =
-            way == PreviewWay::FineCopy ? std::clamp(kFine / sight.density, 1.0, 2.0) : 1;
-        const int copyWidth = static_cast<int>(width * finer);
-        const int copyHeight = static_cast<int>(height * finer);
+        // Shown larger, a pattern's cells have pixels enough. Whole numbers, for equal pixels.
+        constexpr double kFine = 0.3;
+        const int finer = way == PreviewWay::FineCopy && sight.density < kFine ? 2 : 1;
+        const int copyWidth = width * finer, copyHeight = height * finer;
         const FilterOutput ofCopy = outputOfCopy(effect, copyWidth, copyHeight);
         // A filter that takes no picture may answer another size.
         if (ofCopy.width != copyWidth || ofCopy.height != copyHeight)
             return {};
-        part.pixels = finer > 1
-                          ? imaging::renderReduced(ofCopy.image, rect, double(width) / copyWidth,
-                                                   double(height) / copyHeight, copyHeight)
-                          : faded(imaging::render(ofCopy.image, rect, PixelFormat::Rgba8),
-                                  previewOpacity(effect.identifier, scale));
+        part.pixels =
+            finer > 1 ? imaging::renderReduced(ofCopy.image, rect, 1.0 / finer, 1.0 / finer, finer)
+                      : faded(imaging::render(ofCopy.image, rect, PixelFormat::Rgba8),
+                              previewOpacity(effect.identifier, scale));
         return part;
     }
 

@@ -28,7 +28,7 @@ foundation::Dictionary previewAttributes(std::string_view identifier,
 // What is closest to the whole result made smaller, for a picture shown smaller than it is.
 enum class PreviewWay {
     Copy,     // the filter applied to a copy as small as it is shown
-    FineCopy, // to a copy of up to twice that size, whose result is made smaller: for patterns
+    FineCopy, // to one twice as large, whose result is made smaller: for fine patterns
     SomeRows, // some rows of the whole result: for what a filter does to single pixels
 };
 PreviewWay previewWay(std::string_view identifier);

@@ -1,6 +1,7 @@
 // The effect thread: what it delivers, in which order, and what it leaves undone.
 #include "editor/EffectRunner.h"
 #include "platform/drawing/Picture.h"
+#include "platform/drawing/Scaling.h"
 #include "plugin/CIFMain.h"
 #include "plugin/StartingValues.h"
 #include "tests/support/Support.h"
@@ -9,6 +10,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <memory>
 
@@ -55,11 +58,9 @@ Effect startingEffect(const char* identifier, const PictureRef& picture, std::ui
 }
 
 // Slow enough to be overtaken.
-Effect slow(const PictureRef& picture, double amount)
+Effect slow(const PictureRef& picture, double contrast)
 {
-    return effect("CIZoomBlur",
-                  {{"inputAmount", amount}, {"CIFinputCenter", foundation::Point{700, 500}}},
-                  picture);
+    return effect("CILineOverlay", {{"inputContrast", contrast}}, picture);
 }
 
 struct Recorded {
@@ -339,4 +340,109 @@ TEST(EffectRunner, NumbersAreDrawnOnItsThreadAlone)
     runner.run(startingEffect("CIRandomGenerator", picture));
     ASSERT_TRUE(runner.waitForResult());
     EXPECT_EQ(std::rand(), second) << "a filter drew from the generators' sequence";
+}
+
+// At the size shown, what a hand sees while it drags is what it gets when it rests.
+TEST(EffectRunner, PreviewsLookLikeTheResult)
+{
+    // Peak signal over noise, in decibels, of premultiplied colours.
+    const auto likeness = [](const imaging::Bitmap& a, const imaging::Bitmap& b) {
+        double sum = 0;
+        for (int y = 0; y < a.height(); ++y)
+            for (int x = 0; x < a.width(); ++x) {
+                const support::Rgba p = support::pixel(a, x, y), q = support::pixel(b, x, y);
+                for (const float d : {p.r - q.r, p.g - q.g, p.b - q.b, p.a - q.a})
+                    sum += double(d) * d;
+            }
+        return -10 * std::log10(sum / (4.0 * a.width() * a.height()) + 1e-12);
+    };
+    const PictureRef picture =
+        Picture::fromBitmap(drawing::scaledBitmap(*support::picture("photo-96x64"), 960, 640));
+    const Rect all{0, 0, 960, 640};
+    EffectRunner runner;
+    Recorded seen(runner);
+    runner.setSight({all, 0.25});
+    for (const char* name : {"CIFAffineTransform2Filter",
+                             "CIGaussianBlur",
+                             "CIBoxBlur",
+                             "CIDiscBlur",
+                             "CIMotionBlur",
+                             "CIZoomBlur",
+                             "CIUnsharpMask",
+                             "CISharpenLuminance",
+                             "CIBumpDistortion",
+                             "CITwirlDistortion",
+                             "CIVortexDistortion",
+                             "CIGlassDistortion",
+                             "CIFNetDistortion",
+                             "CITorusLensDistortion",
+                             "CIPageCurlTransition",
+                             "CIBloom",
+                             "CICrystallize",
+                             "CIPixellate",
+                             "CIEdgeWork",
+                             "CIFSobel",
+                             "CIEdges",
+                             "CIFShadingFilter",
+                             "CIHatchedScreen",
+                             "CICMYKHalftone",
+                             "CIKaleidoscope",
+                             "CIFOffset",
+                             "CITriangleTile",
+                             "CISixfoldRotatedTile",
+                             "CIStarShineGenerator",
+                             "CIModTransition",
+                             "CIStripesGenerator"}) {
+        seen.forget();
+        Effect e = startingEffect(name, picture);
+        runner.run(e);
+        ASSERT_TRUE(runner.waitForResult());
+        if (seen.parts.empty())
+            continue; // the whole was quick
+        ASSERT_TRUE(seen.results[0].second) << name;
+        EXPECT_EQ(seen.parts[0].second, all) << name;
+        const imaging::Bitmap& part = *seen.parts[0].first;
+        const BitmapRef smaller =
+            drawing::scaledBitmap(*seen.results[0].second->bitmap(), part.width(), part.height());
+        EXPECT_GT(likeness(part, *smaller), 26) << name;
+    }
+    EXPECT_GT(runner.counters().parts, 25);
+}
+
+TEST(EffectRunner, ReportsHowFarTheResultIs)
+{
+    EffectRunner runner;
+    std::vector<double> told;
+    QObject::connect(&runner, &EffectRunner::progressDidChange, &runner,
+                     [&](double fraction) { told.push_back(fraction); });
+    for (const Effect& e : {slow(samplePicture(1400, 1000), 20),
+                            startingEffect("GLIF_Texture", samplePicture(1400, 1000))}) {
+        told.clear();
+        runner.run(e);
+        // In small steps, as an event loop would.
+        while (!runner.waitForResult(1)) {
+        }
+        ASSERT_GT(told.size(), 2u) << e.identifier;
+        EXPECT_TRUE(std::is_sorted(told.begin(), told.end())) << e.identifier;
+        EXPECT_LE(told.back(), 1) << e.identifier;
+    }
+}
+
+// Both kinds of plug-in objects at once: nothing may be shared that is not guarded.
+TEST(EffectRunner, LeavesThePlugInOfTheWindowAlone)
+{
+    const PictureRef picture = samplePicture(300, 200);
+    EffectRunner runner;
+    Recorded seen(runner);
+    CIFMain main;
+    const Effect e = startingEffect("CIGlassDistortion", picture);
+    const PictureRef expected = direct(main, e);
+    for (int i = 0; i < 30; ++i) {
+        runner.run(startingEffect(i % 2 == 0 ? "CIPageCurlTransition" : "CIKaleidoscope", picture));
+        expectSame(direct(main, e), expected, "while the runner works");
+    }
+    ASSERT_TRUE(runner.waitForResult());
+    CIFMain fresh;
+    expectSame(seen.results.back().second, direct(fresh, startingEffect("CIKaleidoscope", picture)),
+               "while the window's plug-in works");
 }
