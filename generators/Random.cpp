@@ -45,32 +45,63 @@ RandomRun::~RandomRun()
     draws += _draws;
 }
 
-// The sum of the numbers 3 and 31 before, of which the lowest bit is not handed out. The state
-// holds the last 31, the oldest where the next will be.
+namespace {
+
+// Every number is the sum of those 31 and 3 before it, and is handed out without its lowest bit.
+constexpr int kHeld = 31, kNear = 3;
+
+// Goes on from the entry `at` to `end` of the last numbers, the oldest of which is at `at`.
+void continueSequence(std::uint32_t* held, int at, int end, int* numbers)
+{
+    for (; at < end; ++at) {
+        held[at] += held[at < kNear ? at + kHeld - kNear : at - kNear];
+        *numbers++ = static_cast<int>(held[at] >> 1);
+    }
+}
+
+// The same all round, three sums side by side that never wait for memory.
+void continueRound(std::uint32_t* held, int* numbers)
+{
+    std::uint32_t a = held[kHeld - 3], b = held[kHeld - 2], c = held[kHeld - 1];
+    const auto step = [&](std::uint32_t& sum, int at) {
+        sum += held[at];
+        held[at] = sum;
+        numbers[at] = static_cast<int>(sum >> 1);
+    };
+    for (int at = 0; at < kHeld - 1; at += 3) {
+        step(a, at);
+        step(b, at + 1);
+        step(c, at + 2);
+    }
+    step(a, kHeld - 1);
+}
+
+} // namespace
+
 void RandomRun::take(int* numbers, std::size_t count)
 {
-    constexpr int kNumbers = 31, kNear = 3;
-    if (_data.rand_deg != kNumbers || _data.rand_sep != kNear) {
+    if (_data.rand_deg != kHeld || _data.rand_sep != kNear) {
         for (std::size_t i = 0; i < count; ++i)
             numbers[i] = next();
         return;
     }
     _draws += count;
-    std::uint32_t state[kNumbers];
-    std::memcpy(state, _data.state, sizeof state);
+    std::uint32_t held[kHeld];
+    std::memcpy(held, _data.state, sizeof held);
     int at = static_cast<int>(_data.fptr - _data.state);
     while (count > 0) {
-        const int end = static_cast<int>(std::min<std::size_t>(kNumbers, at + count));
+        const int end = static_cast<int>(std::min<std::size_t>(kHeld, at + count));
+        if (end - at == kHeld)
+            continueRound(held, numbers);
+        else
+            continueSequence(held, at, end, numbers);
+        numbers += end - at;
         count -= end - at;
-        for (; at < end; ++at) {
-            state[at] += state[at < kNear ? at + kNumbers - kNear : at - kNear];
-            *numbers++ = static_cast<int>(state[at] >> 1);
-        }
-        at = at == kNumbers ? 0 : at;
+        at = end == kHeld ? 0 : end;
     }
-    std::memcpy(_data.state, state, sizeof state);
+    std::memcpy(_data.state, held, sizeof held);
     _data.fptr = _data.state + at;
-    _data.rptr = _data.state + (at + kNumbers - kNear) % kNumbers;
+    _data.rptr = _data.state + (at + kHeld - kNear) % kHeld;
 }
 
 #else

@@ -34,7 +34,7 @@ int bandRows(const Recording& recording, int height)
             if (std::int64_t{image->bitmap->width()} * image->bitmap->height() >
                 kMostPixelsConverted)
                 return height;
-    return std::max(kLeastRows, (height + 7) / 8);
+    return std::max(kLeastRows, (height + 3) / 4);
 }
 
 // What an operation may paint, and a little more, in points.

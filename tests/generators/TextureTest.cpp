@@ -65,7 +65,7 @@ TEST(RandomRun, GoesOnWhereRandIsAndLeavesItWhereItEnds)
 {
     std::srand(5);
     std::vector<int> expected;
-    for (int i = 0; i < 600; ++i)
+    for (int i = 0; i < 700; ++i)
         expected.push_back(std::rand());
     for (const int before : {0, 1, 40, 333}) {
         std::srand(5);
@@ -73,7 +73,7 @@ TEST(RandomRun, GoesOnWhereRandIsAndLeavesItWhereItEnds)
         std::vector<int> drawn;
         while (static_cast<int>(drawn.size()) < before)
             drawn.push_back(generators::randomInt());
-        for (const int length : {0, 1, 2, 27, 31, 35}) {
+        for (const int length : {0, 1, 2, 27, 31, 70}) {
             generators::RandomRun run;
             for (int i = 0; i < length; ++i)
                 drawn.push_back(run.next());
