@@ -4,6 +4,7 @@
 #include "generators/GLIFCoreObject.h"
 #include "platform/codecs/Codecs.h"
 #include "platform/drawing/Picture.h"
+#include "platform/foundation/Work.h"
 #include "platform/imaging/Renderer.h"
 #include "plugin/CIFMain.h"
 
@@ -209,6 +210,34 @@ TEST_F(Pipeline, GivesThePageCurlItsBall)
     // It is read once.
     std::filesystem::remove(folder.path() / "whiteBall.tiff");
     EXPECT_TRUE(prepared("CIPageCurlTransition", {}).contains("inputShadingImage"));
+}
+
+// A call that was stopped counts for nothing: the next one is no repetition, which would be as
+// large as the points.
+TEST_F(Pipeline, StartsAgainAfterItWasStopped)
+{
+    const PictureRef picture = vectorPicture(20, 10);
+    std::stop_source source;
+    source.request_stop();
+    {
+        const foundation::WorkScope scope(source.get_token());
+        EXPECT_THROW(apply("CIStripesGenerator", {}, picture), foundation::Stopped);
+    }
+    const PictureRef result = apply("CIStripesGenerator", {}, picture);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->pixelsWide(), 80);
+    {
+        const foundation::WorkScope scope(source.get_token());
+        EXPECT_THROW(result->bitmap(), foundation::Stopped);
+    }
+    EXPECT_FALSE(result->bitmapIfMade());
+    const BitmapRef pixels = result->bitmap();
+    ASSERT_TRUE(pixels);
+    CIFMain fresh;
+    const BitmapRef expected =
+        fresh.CIFApplyFilterAttributesForImage("CIStripesGenerator", {}, picture)->bitmap();
+    for (int y = 0; y < 40; ++y)
+        ASSERT_EQ(std::memcmp(pixels->row(y), expected->row(y), 4 * 80), 0) << y;
 }
 
 TEST_F(Pipeline, ReusesSourceAndFilterForTheSamePictureAndName)
