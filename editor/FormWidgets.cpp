@@ -135,12 +135,6 @@ void GlyphButton::paintEvent(QPaintEvent*)
     option.icon = {};
     option.features.setFlag(QStyleOptionToolButton::HasMenu, false);
     painter.drawComplexControl(QStyle::CC_ToolButton, option);
-    if (hasFocus() && window()->testAttribute(Qt::WA_KeyboardFocusChange)) {
-        // Styles leave it out on flat buttons.
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
-        painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 3, 3);
-    }
     const double side = fontMetrics().height();
     QRectF place(0, 0, side, side);
     place.moveCenter(QRectF(rect()).center());

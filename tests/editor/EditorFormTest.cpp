@@ -286,8 +286,9 @@ TEST_F(EditorForm, CutsNothingOffInAnyLanguage)
         outlets._texturePopUpButton10->addItem(localizedString("Glide Reflected"));
         outlets._checkBox1->setText(localizedString("Preview"));
         const QSize least = window->minimumSizeHint();
-        EXPECT_LE(least.width(), 1280) << language;
-        EXPECT_LE(least.height(), 720) << language;
+        // Within 1280 by 720, and a screen of 1920 by 1080 at twice the scale has hardly less.
+        EXPECT_LE(least.width(), 960) << language;
+        EXPECT_LE(least.height(), 500) << language;
         show(least);
         for (QWidget* page : pages()) {
             showPage(*page);
@@ -472,7 +473,7 @@ TEST_F(EditorForm, ShowsASignOnEverySmallButton)
         EXPECT_FALSE(seen.contains(image)) << widget.objectName().toStdString();
         seen.append(image);
     });
-    EXPECT_EQ(seen.size(), 11);
+    EXPECT_GE(seen.size(), 11);
     // The star is filled, and the eye struck out, according to the state: more than the frame of a
     // pressed button changes.
     for (QAbstractButton* button :
