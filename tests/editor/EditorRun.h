@@ -159,13 +159,13 @@ private:
             }
             if (!_isLeft)
                 controller.windowShouldClose();
-        });
-        QTimer::singleShot(kPatience, &player, [&] {
-            ADD_FAILURE() << "the run does not end: " << controller.filterName()
-                          << (window().isVisible() ? ", visible" : ", hidden")
-                          << (controller.isWaiting() ? ", waiting" : "")
-                          << (controller.runner().isBusy() ? ", busy" : "");
-            controller.windowShouldClose();
+            QTimer::singleShot(kPatience, &player, [&] {
+                ADD_FAILURE() << "the run does not end: " << controller.filterName()
+                              << (window().isVisible() ? ", visible" : ", hidden")
+                              << (controller.isWaiting() ? ", waiting" : "")
+                              << (controller.runner().isBusy() ? ", busy" : "");
+                controller.windowShouldClose();
+            });
         });
         return start();
     }
