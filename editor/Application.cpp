@@ -134,10 +134,10 @@ void endOwnApplication()
 bool haveApplication()
 {
     if (!QCoreApplication::instance()) {
-        const QByteArray platform = usablePlatform();
-        if (platform.isEmpty())
+        const Platform platform = usablePlatform();
+        if (platform.name.isEmpty())
             return false;
-        makeApplication(platform);
+        makeApplication(platform.name);
     }
     const auto* application = qobject_cast<QApplication*>(QCoreApplication::instance());
     return application && application->thread() == QThread::currentThread() &&

@@ -29,16 +29,19 @@ namespace {
 
 constexpr std::chrono::seconds kPatience{5};
 
-// The reply to a connection, true when the server lets us in. The X library waits for the greeting
-// as long as it takes, so it does that elsewhere; a thread that never comes back is left behind.
-bool xServerAnswers()
+using Connection = std::shared_ptr<void>; // null when nobody answers
+
+// The X library waits for the server's greeting as long as it takes, so it does that on a thread;
+// one that never comes back is left behind.
+Connection xServer()
 {
     if (qEnvironmentVariableIsEmpty("DISPLAY"))
-        return false;
+        return nullptr;
     struct Attempt {
         std::mutex lock;
         std::condition_variable changed;
-        bool isOver = false, isWelcome = false;
+        bool isOver = false;
+        Connection connection;
     };
     const auto attempt = std::make_shared<Attempt>();
     std::thread([attempt] {
@@ -50,21 +53,21 @@ bool xServerAnswers()
         void* (*connect)(const char*, int*) = nullptr;
         int (*hasError)(void*) = nullptr;
         void (*disconnect)(void*) = nullptr;
-        bool isWelcome = false;
+        Connection connection;
         if (function("xcb_connect", connect) && function("xcb_connection_has_error", hasError) &&
             function("xcb_disconnect", disconnect)) {
-            void* connection = connect(nullptr, nullptr); // never null
-            isWelcome = hasError(connection) == 0;
-            disconnect(connection);
+            connection.reset(connect(nullptr, nullptr), disconnect); // never null
+            if (hasError(connection.get()) != 0)
+                connection = nullptr;
         }
         const std::lock_guard lock(attempt->lock);
         attempt->isOver = true;
-        attempt->isWelcome = isWelcome;
+        attempt->connection = std::move(connection);
         attempt->changed.notify_all();
     }).detach();
     std::unique_lock lock(attempt->lock);
     attempt->changed.wait_for(lock, kPatience, [&] { return attempt->isOver; });
-    return attempt->isWelcome;
+    return std::move(attempt->connection);
 }
 
 class Descriptor {
@@ -84,34 +87,37 @@ private:
 };
 
 // Sends the compositor the shortest request there is, to be told when it has come that far.
-bool compositorAnswers()
+Connection compositor()
 {
     QByteArray path = qgetenv("WAYLAND_DISPLAY");
     if (path.isEmpty())
         path = "wayland-0";
     if (!path.startsWith('/')) {
         if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
-            return false;
+            return nullptr;
         path = qgetenv("XDG_RUNTIME_DIR") + '/' + path;
     }
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
     if (path.size() >= static_cast<qsizetype>(sizeof address.sun_path))
-        return false;
+        return nullptr;
     std::memcpy(address.sun_path, path.constData(), path.size());
 
     // Without blocking: a full queue of connections counts as no answer.
-    const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (socket < 0 ||
-        connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
-        return false;
+    const auto socket = std::make_shared<Descriptor>(
+        ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (*socket < 0 ||
+        connect(*socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        return nullptr;
     const std::uint32_t sync[] = {1 /* the display */, 12 << 16 /* bytes, and request 0 */, 2};
-    if (send(socket, sync, sizeof sync, MSG_NOSIGNAL) != sizeof sync)
-        return false;
-    pollfd waiting = {socket, POLLIN, 0};
+    if (send(*socket, sync, sizeof sync, MSG_NOSIGNAL) != sizeof sync)
+        return nullptr;
+    pollfd waiting = {*socket, POLLIN, 0};
     char reply = 0;
-    return poll(&waiting, 1, static_cast<int>(std::chrono::milliseconds(kPatience).count())) == 1 &&
-           recv(socket, &reply, 1, 0) == 1;
+    const bool answers =
+        poll(&waiting, 1, static_cast<int>(std::chrono::milliseconds(kPatience).count())) == 1 &&
+        recv(*socket, &reply, 1, 0) == 1;
+    return answers ? socket : nullptr;
 }
 
 // Whether Qt has the plug-in, with everything that it links to.
@@ -138,15 +144,19 @@ bool canOpenPlugin(const QByteArray& platform)
     return false;
 }
 
-bool isUsable(const QByteArray& platform)
+Platform usable(const QByteArray& platform)
 {
     const QByteArray name = platform.split(':').first().trimmed().toLower();
     const bool needsNothing = name == "offscreen" || name == "minimal" || name == "vnc";
     const bool isX = name == "xcb", isWayland = name.startsWith("wayland");
     // Of the others nothing can be told beforehand.
-    if (!needsNothing && !isX && !isWayland)
-        return false;
-    return canOpenPlugin(name) && (needsNothing || (isX ? xServerAnswers() : compositorAnswers()));
+    if ((!needsNothing && !isX && !isWayland) || !canOpenPlugin(name))
+        return {};
+    if (needsNothing)
+        return {platform.trimmed(), nullptr};
+    if (Connection connection = isX ? xServer() : compositor())
+        return {platform.trimmed(), std::move(connection)};
+    return {};
 }
 
 // What Qt itself would try when the user does not say.
@@ -163,12 +173,12 @@ QList<QByteArray> usualPlatforms()
 
 } // namespace
 
-QByteArray usablePlatform()
+Platform usablePlatform()
 {
     const QByteArray chosen = qgetenv("QT_QPA_PLATFORM");
-    for (const QByteArray& platform : chosen.isEmpty() ? usualPlatforms() : chosen.split(';'))
-        if (isUsable(platform))
-            return platform.trimmed();
+    for (const QByteArray& name : chosen.isEmpty() ? usualPlatforms() : chosen.split(';'))
+        if (Platform platform = usable(name); !platform.name.isEmpty())
+            return platform;
     return {};
 }
 

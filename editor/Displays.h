@@ -4,11 +4,20 @@
 
 #include <QByteArray>
 
+#include <memory>
+
 namespace editor {
 
-// What to hand to Qt as its platform ("xcb", "wayland", "offscreen:…"): of those that the user's
-// environment asks for the first whose plug-in can be opened and whose display answers now. Empty
-// when there is none. Takes some seconds when a display is there and does not answer.
-QByteArray usablePlatform();
+struct Platform {
+    QByteArray name; // as Qt is to be given it: "xcb", "wayland", "offscreen:…"
+    // Keeps the display up until Qt has a connection of its own: a server without clients may begin
+    // anew, and turns clients away while it does.
+    std::shared_ptr<void> connection;
+};
+
+// Of the platforms that the user's environment asks for the first whose plug-in can be opened and
+// whose display answers now; without a name when there is none. Takes some seconds when a display
+// is there and does not answer.
+Platform usablePlatform();
 
 } // namespace editor
