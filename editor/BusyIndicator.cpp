@@ -51,12 +51,21 @@ void BusyIndicator::progressDidChange(double fraction)
 void BusyIndicator::show(bool shown)
 {
     const bool changes = std::exchange(_isShown, shown) != shown;
-    for (QWidget* part : std::initializer_list<QWidget*>{_parts._progressBar, _parts._stopButton})
-        if (part)
-            part->setVisible(shown);
-    statusDidChange();
+    refresh();
     if (changes)
         Q_EMIT isShownDidChange(shown);
+}
+
+void BusyIndicator::refresh()
+{
+    // Who waits for the window to close sees at once why it does not.
+    const bool isBusy = _isShown || _controller.isClosing();
+    for (QWidget* part : std::initializer_list<QWidget*>{_parts._progressBar, _parts._stopButton})
+        if (part)
+            part->setVisible(isBusy);
+    const bool says = _parts._statusLabel && !_parts._statusLabel->text().isEmpty();
+    if (_parts._busyView)
+        _parts._busyView->setVisible(isBusy || says);
 }
 
 void BusyIndicator::stop()
@@ -66,20 +75,12 @@ void BusyIndicator::stop()
     _controller.runner().stop();
     _controller.showStatus(
         localizedString("Stopped: the picture shows the settings before the last change"));
-    _saysStopped = true;
 }
 
 void BusyIndicator::effectDidChange()
 {
-    if (std::exchange(_saysStopped, false))
+    if (_parts._statusLabel && !_parts._statusLabel->text().isEmpty())
         _controller.showStatus({});
-}
-
-void BusyIndicator::statusDidChange()
-{
-    if (_parts._busyView)
-        _parts._busyView->setVisible(
-            _isShown || (_parts._statusLabel && !_parts._statusLabel->text().isEmpty()));
 }
 
 } // namespace editor

@@ -21,10 +21,10 @@ public:
 
     // Gives up the result that is being made, and says so.
     void stop();
-    // Other values count now.
+    // Other values count now: what was said about the former ones goes.
     void effectDidChange();
-    // What the user is told, besides; empty for nothing.
-    void statusDidChange();
+    // The text of the status, or whether the window waits to close, is another.
+    void refresh();
 
     bool isShown() const { return _isShown; }
 
@@ -40,7 +40,6 @@ private:
     EditorOutlets _parts;
     QTimer _patience;
     bool _isShown = false;
-    bool _saysStopped = false;
 };
 
 } // namespace editor

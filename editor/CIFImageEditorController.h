@@ -326,7 +326,7 @@ public:
     const editor::EditorOutlets& outlets() const { return _outlets; }
 
 Q_SIGNALS:
-    // The entry, its values or the seed: the current effect was applied anew.
+    // The entry, its values or the seed: the current effect is about to be applied anew.
     void effectDidChange();
     void statusDidChange();
 
@@ -428,6 +428,7 @@ private:
     QPointer<QMainWindow> _window;
     QPointer<QToolBar> _toolbar;
     std::unique_ptr<CIFMain> _CIFPlugInInstance;
+    mutable std::unique_ptr<CIFMain> _bothCatalogues; // to look entries up in
     std::unique_ptr<editor::EffectRunner> _runner;
     editor::CatalogueModel* _tableModel = nullptr;
     editor::CatalogueModel* _GLIFTableModel = nullptr;

@@ -9,12 +9,14 @@
 #include <QAbstractButton>
 #include <QLabel>
 #include <QMainWindow>
+#include <QToolTip>
 
 #include <set>
 #include <utility>
 
 void CIFImageEditorController::createCommands()
 {
+    _bothCatalogues.reset();
     if (_window && pictureView() && _CIFPlugInInstance)
         _commands = new editor::Commands(*this, *_window);
 }
@@ -52,11 +54,15 @@ void CIFImageEditorController::favouritesDidChange()
 
 void CIFImageEditorController::showStatus(const QString& text)
 {
-    if (_outlets._statusLabel) {
-        _outlets._statusLabel->setText(text);
-        _outlets._statusLabel->setToolTip(text);
+    QLabel* label = _outlets._statusLabel;
+    if (label) {
+        label->setText(text);
+        label->setToolTip(text);
     }
     Q_EMIT statusDidChange();
+    // There is little room for it.
+    if (label && label->isVisible() && label->sizeHint().width() > label->width())
+        QToolTip::showText(label->mapToGlobal(QPoint(0, -2 * label->height())), text, label);
 }
 
 void CIFImageEditorController::setPreviewOn(bool on)

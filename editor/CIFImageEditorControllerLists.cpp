@@ -323,10 +323,11 @@ void CIFImageEditorController::chooseEntry(const std::string& identifier)
 
 std::string CIFImageEditorController::groupOfEntry(const std::string& identifier) const
 {
-    if (!_CIFPlugInInstance)
+    // Of its own catalogue, whichever list is shown.
+    if (!descriptorOf(identifier))
         return {};
     for (const DictionaryRef& group :
-         plugin::allDescriptors(_CIFPlugInInstance->currCategoriesListDesc()))
+         plugin::allDescriptors(_bothCatalogues->currCategoriesListDesc()))
         if (const auto members = (*group)["DESC_LIST"].array())
             for (const foundation::Value& member : *members)
                 if (const DictionaryRef entry = member.dictionary();

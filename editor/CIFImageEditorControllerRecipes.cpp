@@ -187,18 +187,16 @@ foundation::Result<plugin::PreparedStep> CIFImageEditorController::checkedStep(
     return *std::move(prepared);
 }
 
-// Of either catalogue; the one that is shown stays the current one.
+// Of either catalogue. Asked of another object than the lists ask, whose effects set is theirs.
 foundation::DictionaryRef CIFImageEditorController::descriptorOf(
     const std::string& identifier) const
 {
     if (!_CIFPlugInInstance)
         return nullptr;
-    const auto shown = selectedTab() == QLatin1String("generators") ? Generators : Filters;
-    CIFMain& plugIn = *_CIFPlugInInstance;
-    plugIn.CIFSetEffectsSet(plugin::isGeneratorName(identifier) ? Generators : Filters);
-    const auto descriptor = plugIn.CIFDescriptorForFilterNameWithGroups(identifier);
-    plugIn.CIFSetEffectsSet(shown);
-    return descriptor;
+    if (!_bothCatalogues)
+        _bothCatalogues = std::make_unique<CIFMain>();
+    _bothCatalogues->CIFSetEffectsSet(plugin::isGeneratorName(identifier) ? Generators : Filters);
+    return _bothCatalogues->CIFDescriptorForFilterNameWithGroups(identifier);
 }
 
 Status CIFImageEditorController::takeStep(const RecipeStep& step)

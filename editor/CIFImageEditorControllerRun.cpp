@@ -189,6 +189,7 @@ void CIFImageEditorController::applyFilterWithAttributes(const std::string& iden
 {
     if (_CIFFilterName.empty() || !_CIFPlugInInstance)
         return;
+    Q_EMIT effectDidChange();
     const DictionaryRef description = _CIFPlugInInstance->CIFQueryAttributesForFilter(identifier);
     const auto takes = [&](const char* key) { return description && description->contains(key); };
     if (takes("inputCenter"))
@@ -231,7 +232,6 @@ void CIFImageEditorController::applyFilterWithAttributes(const std::string& iden
             return;
     }
     updateControls();
-    Q_EMIT effectDidChange();
 }
 
 void CIFImageEditorController::wantResult(const editor::Effect& effect)

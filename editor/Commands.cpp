@@ -17,6 +17,7 @@
 #include <QClipboard>
 #include <QInputDialog>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QMenu>
@@ -119,7 +120,7 @@ Commands::Commands(CIFImageEditorController& controller, QMainWindow& window)
         update();
     });
     connect(&controller, &CIFImageEditorController::statusDidChange, _busy,
-            &BusyIndicator::statusDidChange);
+            &BusyIndicator::refresh);
     connect(_busy, &BusyIndicator::isShownDidChange, this, &Commands::update);
     connect(&controller.runner(), &EffectRunner::busyDidChange, this, &Commands::update);
     window.installEventFilter(this);
@@ -345,6 +346,7 @@ void Commands::update()
     const CIFImageEditorView* view = _controller.pictureView();
     if (!view)
         return;
+    _busy->refresh();
     const std::string entry = currentEntry();
     const bool isEntry = !entry.empty();
     const bool isApplied = isEntry && _controller.editMode() != 0;
@@ -369,6 +371,8 @@ void Commands::update()
     // One that waits to close can be stopped, too.
     action("stop")->setEnabled(_controller.runner().isBusy());
 
+    if (parts._entryTitle)
+        parts._entryTitle->setText(nameOf(entry));
     const bool isFavourite = isEntry && _presets.isFavourite(entry);
     action("favourite")->setChecked(isFavourite);
     action("split")->setChecked(view->split().has_value());
@@ -566,6 +570,8 @@ void Commands::runDidEnd(bool accepted)
     _comparesByButton = _comparesByKey = false;
     action("showOriginal")->setChecked(false);
     showOriginal();
+    if (QAbstractButton* button = _controller.outlets()._favouritesButton)
+        button->setChecked(false);
     Preferences preferences;
     preferences.setValue("Seed", _controller.randomSeed());
     if (const std::string entry = currentEntry(); accepted && !entry.empty())

@@ -25,10 +25,47 @@
 
 #include <gmock/gmock.h>
 
+#include <condition_variable>
 #include <cstdlib>
 #include <functional>
 #include <stdexcept>
 #include <string>
+
+// A picture whose pixels are not there before the gate is opened, so that results wait.
+class Gate {
+public:
+    ~Gate() { open(); }
+    void open()
+    {
+        const std::lock_guard held(_state->lock);
+        _state->isOpen = true;
+        _state->opened.notify_all();
+    }
+    foundation::PictureRef picture() const
+    {
+        return drawing::Picture::fromDeferred(std::make_shared<Source>(_state), {96, 64});
+    }
+
+private:
+    struct State {
+        std::mutex lock;
+        std::condition_variable opened;
+        bool isOpen = false;
+    };
+    struct Source : drawing::DeferredSource {
+        explicit Source(std::shared_ptr<State> s) : state(std::move(s)) {}
+        int pixelsWide() const override { return 96; }
+        int pixelsHigh() const override { return 64; }
+        imaging::BitmapRef render() const override
+        {
+            std::unique_lock held(state->lock);
+            state->opened.wait(held, [&] { return state->isOpen; });
+            return support::picture("photo-96x64");
+        }
+        std::shared_ptr<State> state;
+    };
+    std::shared_ptr<State> _state = std::make_shared<State>();
+};
 
 class EditorRun : public testing::Test {
 protected:
