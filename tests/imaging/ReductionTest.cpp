@@ -48,20 +48,20 @@ TEST(Reduction, APartIsTheSameAsInTheWhole)
 
 TEST(Reduction, LooksAtSomeRowsEvenlyChosen)
 {
-    // Rows of their own grey; the top row of a bitmap is the image's last.
+    // Row y, counted from below, has the grey y² / 225; the top row of a bitmap is the last.
     const BitmapRef stripes = support::bitmapFrom(8, 16, [](int, int y) {
-        const float v = float(15 - y) / 15;
+        const float v = float(15 - y) * float(15 - y) / 225;
         return support::Rgba{v, v, v, 1};
     });
-    const auto red = [&](int rowsEach) {
-        return support::reds(*reduced(support::image(stripes), {0, 0, 1, 2}, 0.125, rowsEach));
+    const auto expectMeans = [&](int rowsEach, float upper, float lower) {
+        const support::Floats red =
+            support::reds(*reduced(support::image(stripes), {0, 0, 1, 2}, 0.125, rowsEach));
+        EXPECT_NEAR(red[0], upper / 225, 0.51 / 255) << rowsEach;
+        EXPECT_NEAR(red[1], lower / 225, 0.51 / 255) << rowsEach;
     };
-    const auto levels = [](float upper, float lower) {
-        return support::Floats{std::round(upper * 17) / 255, std::round(lower * 17) / 255};
-    };
-    EXPECT_EQ(red(1), levels(12, 4));
-    EXPECT_EQ(red(2), levels(12, 4)); // of rows 2 and 6, and of 10 and 14
-    EXPECT_EQ(red(kAll), levels(11.5f, 3.5f));
+    expectMeans(1, 144, 16);          // rows 12 and 4
+    expectMeans(2, 148, 20);          // 10 and 14, 2 and 6
+    expectMeans(kAll, 137.5f, 17.5f); // all eight
 }
 
 // What a bitmap could not hold does not shine into the mean.
