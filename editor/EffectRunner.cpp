@@ -83,9 +83,13 @@ Rect common(const Rect& a, const Rect& b)
     return right > left && top > bottom ? Rect::fromEdges(left, bottom, right, top) : Rect();
 }
 
+// But for what is lost between points and the pixels of a copy: a part that is a rounding short of
+// what is in sight would be asked for again without end.
 bool contains(const Rect& a, const Rect& b)
 {
-    return a.x <= b.x && a.y <= b.y && a.right() >= b.right() && a.top() >= b.top();
+    constexpr double kRounding = 1e-6;
+    return a.x <= b.x + kRounding && a.y <= b.y + kRounding && a.right() >= b.right() - kRounding &&
+           a.top() >= b.top() - kRounding;
 }
 
 // Of a part with the result's own pixels.

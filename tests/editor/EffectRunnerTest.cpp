@@ -445,4 +445,15 @@ TEST(EffectRunner, LeavesThePlugInOfTheWindowAlone)
     CIFMain fresh;
     expectSame(seen.results.back().second, direct(fresh, startingEffect("CIKaleidoscope", picture)),
                "while the window's plug-in works");
+
+TEST(EffectRunner, APartThatIsARoundingShortCoversWhatIsInSight)
+{
+    const PictureRef picture = samplePicture(720, 480);
+    EffectRunner runner;
+    // Widths of copies that lead back to a little less than 720 points.
+    for (const int width : {55, 93, 99, 186, 197, 372, 374, 394, 417}) {
+        runner.setSight({{0, 0, 720, 480}, width / 720.0});
+        runner.run(sobel(picture, width / 100.0));
+        EXPECT_TRUE(runner.waitForResult(20'000)) << width;
+    }
 }
