@@ -445,6 +445,7 @@ TEST(EffectRunner, LeavesThePlugInOfTheWindowAlone)
     CIFMain fresh;
     expectSame(seen.results.back().second, direct(fresh, startingEffect("CIKaleidoscope", picture)),
                "while the window's plug-in works");
+}
 
 TEST(EffectRunner, APartThatIsARoundingShortCoversWhatIsInSight)
 {
