@@ -102,8 +102,12 @@ QString CIFImageEditorController::iconOfRow(int row) const
     const QString identifier = identifierOfRow(row);
     if (identifier.isNull())
         return {};
-    const DictionaryRef entry =
-        _CIFPlugInInstance->CIFDescriptorForFilterName(identifier.toStdString());
+    DictionaryRef entry = _CIFPlugInInstance->CIFDescriptorForFilterName(identifier.toStdString());
+    // A group shows the picture of its first entry.
+    if (const auto group =
+            _CIFPlugInInstance->CIFFiltersDescriptorForGroup(identifier.toStdString());
+        group && !group->empty())
+        entry = group->front().dictionary();
     return entry ? fromUtf8(entry->stringValue("CIFFilterIcon")) : QString();
 }
 

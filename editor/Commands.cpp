@@ -373,6 +373,8 @@ void Commands::update()
 
     if (parts._entryTitle)
         parts._entryTitle->setText(nameOf(entry));
+    if (parts._entryTitle)
+        parts._entryTitle->setText(isEntry ? nameOf(entry) : QString());
     const bool isFavourite = isEntry && _presets.isFavourite(entry);
     action("favourite")->setChecked(isFavourite);
     action("split")->setChecked(view->split().has_value());

@@ -323,6 +323,7 @@ TEST_F(EditorCommands, FavouritesFilterTheLists)
 {
     edit(photo(), [&] {
         choose("CIExposureAdjust");
+        EXPECT_EQ(parts()._entryTitle->text(), "Exposure Adjust");
         EXPECT_FALSE(parts()._favouriteButton->isChecked());
         click(parts()._favouriteButton);
         EXPECT_TRUE(parts()._favouriteButton->isChecked());
