@@ -372,8 +372,6 @@ void Commands::update()
     action("stop")->setEnabled(_controller.runner().isBusy());
 
     if (parts._entryTitle)
-        parts._entryTitle->setText(nameOf(entry));
-    if (parts._entryTitle)
         parts._entryTitle->setText(isEntry ? nameOf(entry) : QString());
     const bool isFavourite = isEntry && _presets.isFavourite(entry);
     action("favourite")->setChecked(isFavourite);
