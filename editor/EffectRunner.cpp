@@ -83,6 +83,14 @@ Rect common(const Rect& a, const Rect& b)
     return right > left && top > bottom ? Rect::fromEdges(left, bottom, right, top) : Rect();
 }
 
+Rect both(const Rect& a, const Rect& b)
+{
+    return a.isEmpty()
+               ? b
+               : Rect::fromEdges(std::min(a.x, b.x), std::min(a.y, b.y),
+                                 std::max(a.right(), b.right()), std::max(a.top(), b.top()));
+}
+
 // But for what is lost between points and the pixels of a copy: a part that is a rounding short of
 // what is in sight would be asked for again without end.
 bool contains(const Rect& a, const Rect& b)
@@ -326,9 +334,10 @@ struct EffectRunner::Worker {
         Effect effect;
         bool handMoves = false; // the one before came a moment ago
     };
-    // What the effect thread is at: nothing that a newer effect would disturb; something that is
-    // shown for an older effect too; something that only the newest effect needs.
-    enum class Phase { Waiting, ForShow, ForNewest };
+    // What the effect thread is at: nothing that a newer effect would disturb; the source or a
+    // part, which are worth waiting for when other values of the same entry follow; what is shown
+    // for an older effect too if it does not take long; what only the newest effect needs.
+    enum class Phase { Waiting, ForFollowers, ForShow, ForNewest };
 
     explicit Worker(EffectRunner& owner) : runner(owner) {}
 
@@ -392,7 +401,7 @@ struct EffectRunner::Worker {
     void work(const Job& job);
     void workOnFilter(const Job& job);
     void workOnGenerator(const Job& job);
-    void showParts(const Job& job, const std::function<Part(const Sight&)>& make);
+    void showParts(const Job& job, Phase partPhase, const std::function<Part(const Sight&)>& make);
     // A section of the progress that the window is told of.
     struct Section {
         double from = 0, to = 0;
@@ -419,7 +428,9 @@ void EffectRunner::Worker::run(const Effect& effect)
             giveUp();
         if (!isShown) {
             isShown = true;
-            Q_EMIT runner.resultDidArrive(effect, result);
+            // A receiver may have the result forgotten.
+            const PictureRef again = result;
+            Q_EMIT runner.resultDidArrive(effect, again);
         }
         return;
     }
@@ -459,13 +470,13 @@ bool EffectRunner::Worker::stopIfOlder()
 {
     if (phase == Phase::Waiting || !current || !isOlder(*current))
         return true;
-    // A part that follows the same control is worth waiting for; it is short.
-    const bool follows = next && !isGenerator(next->effect) &&
-                         next->effect.identifier == current->effect.identifier &&
-                         next->effect.picture == current->effect.picture;
-    if (phase == Phase::ForShow && !isStopped(*current) &&
-        (follows || Clock::now() - phaseBegan < kPatience))
-        return follows;
+    if (phase != Phase::ForNewest && !isStopped(*current)) {
+        if (phase == Phase::ForFollowers && next->effect.identifier == current->effect.identifier &&
+            next->effect.picture == current->effect.picture)
+            return true;
+        if (Clock::now() - phaseBegan < kPatience)
+            return false;
+    }
     phaseStop.request_stop();
     return true;
 }
@@ -716,7 +727,7 @@ void EffectRunner::Worker::workOnFilter(const Job& job)
     FilterOutput output;
     // What the plug-in object answers can depend on what it was asked before. Only the source is
     // computed here.
-    const bool isThere = attempt(job, Phase::ForShow, {}, [&] {
+    const bool isThere = attempt(job, Phase::ForFollowers, {}, [&] {
         for (const Effect& effect : before)
             studio->output(effect);
         output = studio->output(job.effect);
@@ -749,7 +760,8 @@ void EffectRunner::Worker::workOnFilter(const Job& job)
         return;
     }
     do {
-        showParts(job, [&](const Sight& part) { return studio->part(job.effect, output, part); });
+        showParts(job, Phase::ForFollowers,
+                  [&](const Sight& part) { return studio->part(job.effect, output, part); });
         if (!rests(job))
             return;
     } while (!attempt(job, Phase::ForNewest, kAll, render));
@@ -779,7 +791,8 @@ void EffectRunner::Worker::workOnGenerator(const Job& job)
     }
     bool isDrawn = false;
     do {
-        showParts(job, [&](const Sight& part) { return Studio::partOfDrawing(*picture, part); });
+        showParts(job, Phase::ForShow,
+                  [&](const Sight& part) { return Studio::partOfDrawing(*picture, part); });
         if (!rests(job))
             return;
     } while (
@@ -788,7 +801,8 @@ void EffectRunner::Worker::workOnGenerator(const Job& job)
 }
 
 // The part in sight, and once more when something else comes into sight meanwhile.
-void EffectRunner::Worker::showParts(const Job& job, const std::function<Part(const Sight&)>& make)
+void EffectRunner::Worker::showParts(const Job& job, Phase partPhase,
+                                     const std::function<Part(const Sight&)>& make)
 {
     for (;;) {
         Sight part;
@@ -799,14 +813,12 @@ void EffectRunner::Worker::showParts(const Job& job, const std::function<Part(co
             part = {common(sight.visible, whole(*job.effect.picture)), sight.density};
         }
         Part made;
-        if (!attempt(job, Phase::ForShow, {}, [&] { made = make(part); }))
+        if (!attempt(job, partPhase, {}, [&] { made = make(part); }))
             return;
         {
             const std::lock_guard guard(lock);
-            // Without pixels too: it is not tried again.
-            shown = {nullptr, made ? made.rect : part.visible, part.density};
-            if (made)
-                shown.density = made.density;
+            // Whatever came of it, roundings and all: it is not tried again.
+            shown = {nullptr, both(made.rect, part.visible), std::max(made.density, part.density)};
         }
         if (made)
             hand({.kind = Delivery::Kind::Part, .job = job.number, .part = std::move(made)});
