@@ -241,8 +241,8 @@ public:
     // with "Sand" is always in order.
     static int sortShadingMateriaNames(const std::string& a, const std::string& b);
 
-    // Reset: every value of the current entry, or one, becomes what it starts with when the entry is
-    // chosen for the first time.
+    // Reset: every value of the current entry, or one, becomes what it starts with when the entry
+    // is chosen for the first time.
     void resetEntry();
     void resetValue(const std::string& key);
 
@@ -273,8 +273,8 @@ public:
     // --- Recipes, favourites, presets ---
 
     // The current entry with its values, as it would be written down. Nothing without an entry that
-    // is applied. A centre that the user did not move is left out, so that a repeat takes the centre
-    // of its own picture.
+    // is applied. A centre that the user did not move is left out, so that a repeat takes the
+    // centre of its own picture.
     std::optional<plugin::RecipeStep> currentStep() const;
     // Chooses the step's entry and takes its values and seed, what it does not set being as at the
     // start: one step of undo. Nothing changes when it is not valid; the error is for the user.
@@ -286,8 +286,8 @@ public:
     foundation::Status takeRecipe(const plugin::Recipe& recipe);
     // In the user's language; empty when neither catalogue has the entry.
     QString nameOfEntry(const std::string& identifier) const;
-    // Whether the lists are to show a row, by its identifier: favourites, and groups that have some,
-    // while only these are shown.
+    // Whether the lists are to show a row, by its identifier: favourites, and groups that have
+    // some, while only these are shown.
     std::function<bool(const std::string& identifier)> favouritesFilter() const;
     // After the favourites changed, or whether only they are shown.
     void favouritesDidChange();
@@ -467,10 +467,10 @@ private:
     std::uint32_t _randomSeed = 0;
 
     std::map<std::string, GeneratorControls, std::less<>> _generatorControls;
-    GeneratorControls* _shownGenerator = nullptr; // whose page is bound
-    Keys _inputKeys;                     // of the current entry
-    std::map<std::string, QString> _labels; // of the keys of the current filter
-    std::map<std::string, std::string> _entryOfGroup; // the last one chosen
+    GeneratorControls* _shownGenerator = nullptr;        // whose page is bound
+    Keys _inputKeys;                                     // of the current entry
+    std::map<std::string, QString> _labels;              // of the keys of the current filter
+    std::map<std::string, std::string> _entryOfGroup;    // the last one chosen
     std::string _textureName, _materialName, _brushName; // of the pictures that are remembered
     PictureRef _brushImage;
     QShortcut* _acceptShortcut = nullptr;

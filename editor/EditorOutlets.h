@@ -77,7 +77,7 @@ struct EditorOutlets {
     QLineEdit* _seedField = nullptr;
     QLabel* _entryTitle = nullptr; // the name of the current entry
     QToolButton* _presetsButton = nullptr;
-    QToolButton* _favouriteButton = nullptr; // checkable
+    QToolButton* _favouriteButton = nullptr;      // checkable
     QAbstractButton* _favouritesButton = nullptr; // checkable: lists show favourites only
     QAbstractButton* _resetButton = nullptr;
     QAbstractButton* _compareButton = nullptr; // shows the original while it is held
