@@ -738,7 +738,14 @@ TEST_F(EditorRun, LeavesNothingBehind)
         std::ifstream("/proc/self/statm") >> pages >> resident;
         return resident * (sysconf(_SC_PAGESIZE) / 1024);
     };
-    for (int i = 0; i < 20; ++i)
+    // Until memory that is kept for use again, by the engine's pool and the allocator's arenas, has
+    // grown as far as it does.
+#ifdef __SANITIZE_ADDRESS__
+    constexpr int kFirst = 20;
+#else
+    constexpr int kFirst = 160;
+#endif
+    for (int i = 0; i < kFirst; ++i)
         openOnce(i);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     const auto objectsBefore = objects();
@@ -749,7 +756,7 @@ TEST_F(EditorRun, LeavesNothingBehind)
     EXPECT_EQ(objects(), objectsBefore);
 #ifndef __SANITIZE_ADDRESS__ // which keeps what was freed
     // One picture kept each time would be 240 MB.
-    EXPECT_LT(residentKilobytes() - before, 12'000);
+    EXPECT_LT(residentKilobytes() - before, 6'000);
 #endif
     // All are gone but what the last run handed back.
     const auto isThere = [](const auto& picture) { return !picture.expired(); };

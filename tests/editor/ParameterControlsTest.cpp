@@ -361,10 +361,10 @@ protected:
             press(key, place, times);
             const double value = controlOf<editor::ParameterSlider>(key).doubleValue();
             EXPECT_FLOAT_EQ(numberOf(key).doubleValue(), value) << key;
-            EXPECT_EQ(numberOf(key).kind(), Number::Kind::Float) << key;
             expectAgreement(key, value);
             changes |= differ(before, shown());
         }
+        EXPECT_EQ(numberOf(key).kind(), Number::Kind::Float) << key;
         if (!changes)
             unchanged.insert(controller.filterName() + " " + key);
         // The plug-in object was given these very values.
