@@ -4,12 +4,14 @@
 #include "editor/CIFImageInfoController.h"
 #include "editor/PictureScrollView.h"
 #include "editor/Preferences.h"
+#include "plugin/Resizing.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QDoubleSpinBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -495,6 +497,59 @@ TEST_F(EditorSizes, StretchesThePicture)
     ASSERT_THAT(record.steps, SizeIs(1));
     EXPECT_EQ(record.steps[0].resized, (Size{48, 80}));
     EXPECT_EQ(record.steps[0].applied->identifier, "CIColorInvert");
+}
+
+// A whole session, and the same steps as a host would take them with the numbers written out.
+TEST_F(EditorSizes, BelongToASessionThatEqualsAHostsSteps)
+{
+    const PictureRef picture = photo();
+    const auto typeInto = [&](const char* field, const char* number) {
+        auto& box = part<QDoubleSpinBox>(field);
+        box.setFocus();
+        box.selectAll();
+        QTest::keyClicks(&box, number);
+        QTest::keyClick(&box, Qt::Key_Return);
+        waitForResult();
+    };
+    EXPECT_TRUE(edit(picture, [&] {
+        choose("CIColorControls");
+        typeInto("_textField1", "0.5");
+        typeInto("_textField2", "0.1");
+        typeInto("_textField3", "1.5");
+        typeInto("_textField2", "0.25");
+        controller.undoButton();
+        waitForResult();
+        click(parts()._applyButton);
+        open();
+        type("72", "90");
+        press(QDialogButtonBox::Ok);
+        choose("CITwirlDistortion");
+        view().mouseDown({20, 60});
+        view().mouseUp();
+        waitForResult();
+        typeInto("_textField1", "40");
+        typeInto("_textField2", "2");
+        click(parts()._applyButton);
+        choose("Crop");
+        view().mouseDown({10, 15});
+        view().mouseDragged({50, 75});
+        view().mouseUp();
+        accept();
+    }));
+    EXPECT_TRUE(controller.isSelected());
+    EXPECT_EQ(controller.getSelectedRect(), (Rect{10, 15, 40, 60}));
+
+    CIFMain host;
+    const PictureRef toned = host.CIFApplyFilterAttributesForImage(
+        "CIColorControls",
+        {{"inputSaturation", 0.5f}, {"inputBrightness", 0.1f}, {"inputContrast", 1.5f}}, picture);
+    const auto smaller = plugin::resized(toned, 72, 90, false);
+    ASSERT_TRUE(smaller);
+    const PictureRef turned = host.CIFApplyFilterAttributesForImage(
+        "CITwirlDistortion",
+        {{"CIFinputCenter", Point{20, 60}}, {"inputRadius", 40.0f}, {"inputAngle", 2.0f}},
+        *smaller);
+    EXPECT_TRUE(same(controller.outputImage(), turned));
 }
 
 TEST_F(EditorSizes, FitsAThumbnailOnWhite)
