@@ -127,6 +127,8 @@ CIFImageEditorController::~CIFImageEditorController()
     _runner.reset();
     if (CIFImageEditorView* view = pictureView())
         view->setEditorController(nullptr);
+    // What the window says while it goes is about parts that are gone.
+    _window.clear();
     delete _loadedWindow;
 }
 

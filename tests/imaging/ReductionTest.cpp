@@ -84,7 +84,9 @@ TEST(Reduction, RefusesWhatIsNoReduction)
     EXPECT_FALSE(reduced(image, {0, 0, 5, 5}, 0, 1));
     EXPECT_FALSE(reduced(image, {0, 0, 5, 5}, NAN, 1));
     EXPECT_FALSE(reduced(image, {0, 0, 5, 5}, 2, 1));
+#ifndef __SANITIZE_ADDRESS__ // which ends the program when so much is asked for
     EXPECT_FALSE(reduced(image, {0, 0, 100000, 100000}, 1e-6, 1));
+#endif
     std::stop_source stop;
     stop.request_stop();
     EXPECT_FALSE(renderReduced(image, {0, 0, 5, 5}, 0.5, 0.5, 1, {stop.get_token()}));
