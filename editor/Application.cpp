@@ -1,16 +1,16 @@
-// Makes the application where the host has none, and ends it before the libraries under it go.
+// Makes the application where the host has none, and ends it before what it stands on goes.
 #include "editor/Application.h"
 
 #include "editor/Displays.h"
 
 #include <QApplication>
+#include <QPauseAnimation>
 #include <QThread>
 
 #include <array>
 #include <cerrno>
 #include <clocale>
 #include <csignal>
-#include <cstdlib>
 #include <dlfcn.h>
 #include <optional>
 #include <string>
@@ -129,6 +129,24 @@ void endOwnApplication()
     }
 }
 
+// When the process exits, what belongs to its thread is destroyed before any exit handler runs, and
+// Qt's clock of animations is such an object: widgets and styles that still animate something would
+// reach for it after it has gone. Destruction is in the reverse order, so this is called when
+// everything that the window stands on has been made.
+void endApplicationWithThread()
+{
+    struct Ending {
+        Ending()
+        {
+            // The clock is made for the first that runs.
+            QPauseAnimation animation(1000);
+            animation.start();
+        }
+        ~Ending() { endOwnApplication(); }
+    };
+    static thread_local const Ending ending;
+}
+
 } // namespace
 
 bool haveApplication()
@@ -152,11 +170,8 @@ ApplicationUse::ApplicationUse()
 ApplicationUse::~ApplicationUse()
 {
     --uses;
-    // Only now: what ends at exit ends in the reverse order, and by now everything that the window
-    // stands on has been made.
-    static bool isRegistered = false;
-    if (ownApplication && !isRegistered)
-        isRegistered = std::atexit(endOwnApplication) == 0;
+    if (ownApplication)
+        endApplicationWithThread();
 }
 
 bool ApplicationUse::isUsed()

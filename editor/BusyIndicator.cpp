@@ -59,7 +59,7 @@ void BusyIndicator::show(bool shown)
 void BusyIndicator::refresh()
 {
     // Who waits for the window to close sees at once why it does not.
-    const bool isBusy = _isShown || _controller.isClosing();
+    const bool isBusy = _isShown || _controller.isHeld();
     for (QWidget* part : std::initializer_list<QWidget*>{_parts._progressBar, _parts._stopButton})
         if (part)
             part->setVisible(isBusy);

@@ -399,7 +399,7 @@ void CIFImageEditorController::runDidEnd()
     _wanted.reset();
     _whenResultIsThere.clear();
     _runner->stop();
-    waitToClose(false);
+    holdWindow(false);
     _isOpening = false;
     _recordOfRun = record();
     if (_window) {
@@ -432,9 +432,9 @@ void CIFImageEditorController::onCloseEditor(QObject* sender)
         windowShouldClose();
         return;
     }
-    if (_isClosing)
+    if (_isHeld)
         return;
-    waitToClose(_wanted || _stopped);
+    holdWindow(_wanted || _stopped);
     whenResultIsThere([this] {
         if (_window)
             _window->hide();
@@ -454,27 +454,33 @@ bool CIFImageEditorController::windowShouldClose()
     return true;
 }
 
-// While an accepted result is on its way, only waiting, stopping and cancelling are left to do.
-void CIFImageEditorController::waitToClose(bool waits)
+// While a result that was accepted or applied is on its way, only waiting, stopping and cancelling
+// are left to do: another entry or value would take its place.
+void CIFImageEditorController::holdWindow(bool isHeld)
 {
-    if (_isClosing == waits)
+    if (_isHeld == isHeld)
         return;
-    _isClosing = waits;
+    _isHeld = isHeld;
     if (_outlets._busyView)
-        _outlets._busyView->setVisible(waits);
-    if (waits && _window) {
+        _outlets._busyView->setVisible(isHeld);
+    if (isHeld && _window) {
+        _focusBeforeHold = _window->focusWidget();
         collectAround(*_window, {_outlets._buttonCancel, _outlets._busyView, _outlets._stopButton},
-                      _heldWhileClosing);
+                      _held);
         // Like the buttons, an action that gives something up has the tag 0.
         for (QAction* action : _window->findChildren<QAction*>())
             if (action->isEnabled() && action->property("tag") != 0)
-                _heldWhileClosing.emplace_back(action);
+                _held.emplace_back(action);
     }
-    for (const QPointer<QObject>& object : _heldWhileClosing)
+    for (const QPointer<QObject>& object : _held)
         if (object)
-            setEnabled(*object, !waits);
-    if (!waits)
-        _heldWhileClosing.clear();
+            setEnabled(*object, !isHeld);
+    if (!isHeld) {
+        _held.clear();
+        if (_focusBeforeHold && _focusBeforeHold->isEnabled())
+            _focusBeforeHold->setFocus();
+        _focusBeforeHold.clear();
+    }
     if (_commands)
         _commands->update();
 }

@@ -156,8 +156,8 @@ public:
     // Off, the original is shown and nothing is rendered until a result is needed.
     void setPreviewOn(bool on);
     bool isPreviewOn() const { return _isPreviewOn; }
-    // Accepted, and waits for the result.
-    bool isClosing() const { return _isClosing; }
+    // Accepted or applied, and waits for the result.
+    bool isHeld() const { return _isHeld; }
     // What the user is told; empty for nothing.
     void showStatus(const QString& text);
     // A result is being waited for.
@@ -367,7 +367,7 @@ private:
     void runnerDidStop();
     void showResult(const PictureRef& result);
     void performWaiting();
-    void waitToClose(bool waits);
+    void holdWindow(bool isHeld);
     void setPictureOfRun(const PictureRef& picture);
     // A base picture of another size, which can be undone; the old one stays when memory is short.
     void changeBase(const PictureRef& picture, plugin::EditRecord record);
@@ -495,8 +495,9 @@ private:
     std::optional<editor::Effect> _shown;   // the last whose result arrived, which is
     PictureRef _shownResult;
     std::deque<std::function<void()>> _whenResultIsThere;
-    bool _isClosing = false; // accepted, and waits for the result
-    std::vector<QPointer<QObject>> _heldWhileClosing;
+    bool _isHeld = false;
+    std::vector<QPointer<QObject>> _held; // what is enabled again after it
+    QPointer<QWidget> _focusBeforeHold;
     bool _isOpening = false; // the window may not have its size yet
     // What the last run handed back, from when its window let go of the picture.
     std::optional<plugin::EditRecord> _recordOfRun;

@@ -335,7 +335,7 @@ void CIFImageEditorController::runnerDidStop()
         return;
     _stopped = std::exchange(_wanted, std::nullopt);
     _whenResultIsThere.clear();
-    waitToClose(false);
+    holdWindow(false);
     // Its parts go; what is shown is what would be handed back.
     if (CIFImageEditorView* view = pictureView(); view && _outputImage) {
         const Size before = view->picture() ? view->picture()->size() : Size();
@@ -356,7 +356,12 @@ plugin::EditRecord CIFImageEditorController::recordWithCurrentStep() const
 
 void CIFImageEditorController::applyButton()
 {
+    if (_isHeld)
+        return;
+    // What is applied is what was chosen when the button was pressed.
+    holdWindow(_wanted || _stopped);
     whenResultIsThere([this] {
+        holdWindow(false);
         const PictureRef shown = pictureView() ? pictureView()->picture() : nullptr;
         if (!shown) {
             foundation::log("no image to apply");
@@ -422,9 +427,9 @@ void CIFImageEditorController::updateUndoRedoButtons()
         return;
     const QUndoStack& steps = pictureView()->undoManager();
     if (_outlets._undoButton)
-        _outlets._undoButton->setEnabled(steps.canUndo() && !_isClosing);
+        _outlets._undoButton->setEnabled(steps.canUndo() && !_isHeld);
     if (_outlets._redoButton)
-        _outlets._redoButton->setEnabled(steps.canRedo() && !_isClosing);
+        _outlets._redoButton->setEnabled(steps.canRedo() && !_isHeld);
 }
 
 void CIFImageEditorController::fitScaleToPicture()

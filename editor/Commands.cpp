@@ -351,9 +351,9 @@ void Commands::update()
     const bool isEntry = !entry.empty();
     const bool isApplied = isEntry && _controller.editMode() != 0;
     const bool isGenerator = plugin::isGeneratorName(entry);
-    const bool isClosing = _controller.isClosing();
+    const bool isHeld = _controller.isHeld();
     const auto enable = [&](const char* name, bool on) {
-        action(name)->setEnabled(on && !isClosing);
+        action(name)->setEnabled(on && !isHeld);
     };
     const QUndoStack& steps = _controller.pictureView()->undoManager();
     enable("undo", steps.canUndo());
@@ -388,7 +388,7 @@ void Commands::update()
     if (parts._favouriteButton) {
         parts._favouriteButton->setProperty("glyph", isFavourite ? QStringLiteral("starred")
                                                                  : QStringLiteral("star"));
-        parts._favouriteButton->setEnabled(isEntry && !isClosing);
+        parts._favouriteButton->setEnabled(isEntry && !isHeld);
     }
     if (parts._previewButton)
         parts._previewButton->setProperty(

@@ -428,17 +428,45 @@ TEST_F(EditorRun, AppliesOnTopOfWhatIsShown)
     EXPECT_EQ(record.steps[1].applied->identifier, "CIFSobel");
 }
 
-TEST_F(EditorRun, ApplyingWaitsForTheResultOnItsWay)
+// Nothing else can be chosen meanwhile: what is applied is what the button was pressed for.
+TEST_F(EditorRun, ApplyingHoldsTheWindowUntilTheResultIsThere)
 {
+    const PictureRef picture = photo();
     Gate gate;
     EXPECT_TRUE(edit(gate.picture(), [&] {
         controller.chooseEntry("CIColorInvert");
+        const int row = parts()._tableView->currentIndex().row();
         click(parts()._applyButton);
+        EXPECT_NE(window().focusWidget(), parts()._applyButton);
+        click(parts()._applyButton);
+        QTest::keyClick(&window(), Qt::Key_Down);
+        QTest::keyClick(parts()._tableView, Qt::Key_Down);
+        EXPECT_EQ(parts()._tableView->currentIndex().row(), row);
+        EXPECT_FALSE(parts()._undoButton->isEnabled());
         gate.open();
         waitForResult();
         EXPECT_EQ(controller.picture(), controller.outputImage());
         EXPECT_THAT(controller.record().steps, SizeIs(1));
+        EXPECT_EQ(window().focusWidget(), parts()._applyButton);
+        EXPECT_TRUE(parts()._undoButton->isEnabled());
+        choose("CIFSobel");
         accept();
+    }));
+    EXPECT_TRUE(same(controller.outputImage(), applied("CIFSobel", controller.attributes(),
+                                                       applied("CIColorInvert", {}, picture))));
+
+    // Stopped, nothing is applied, and the window is free again.
+    Gate closed;
+    const PictureRef gated = closed.picture();
+    EXPECT_FALSE(edit(gated, [&] {
+        controller.chooseEntry("CIColorInvert");
+        click(parts()._applyButton);
+        click(parts()._stopButton);
+        waitForResult();
+        EXPECT_TRUE(parts()._tableView->isEnabled());
+        EXPECT_EQ(controller.picture(), gated);
+        closed.open();
+        cancel();
     }));
 }
 

@@ -9,6 +9,7 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QMainWindow>
+#include <QPauseAnimation>
 #include <QPixmapCache>
 #include <QTimer>
 
@@ -175,6 +176,8 @@ void withoutApplication(ICoreImageFilter& plugIn)
         waitpid(child, &status, 0);
         EXPECT(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     }
+    // A style may still animate something when the process exits.
+    Person::does([] { (new QPauseAnimation(100'000, Person::window()))->start(); });
     useTheEditor(plugIn);
 }
 
@@ -242,6 +245,16 @@ void withOneElsewhere(ICoreImageFilter& plugIn, int argc, char** argv)
         EXPECT(QApplication::exec() == 5);
     });
     thread.join();
+}
+
+// The editor's application goes with the thread that it was made on, and comes again on another.
+void fromThreads(ICoreImageFilter& plugIn)
+{
+    for (int i = 0; i < 2; ++i) {
+        std::thread([&] { useTheEditor(plugIn); }).join();
+        EXPECT(!QCoreApplication::instance());
+    }
+    useTheEditor(plugIn);
 }
 
 // A display's socket, where nobody ever answers.
@@ -360,6 +373,8 @@ int main(int argc, char** argv)
         withItsOwn(*plugIn, argc, argv);
     } else if (situation == "elsewhere") {
         withOneElsewhere(*plugIn, argc, argv);
+    } else if (situation == "threads") {
+        fromThreads(*plugIn);
     } else if (situation == "gui") {
         const QGuiApplication application(argc, argv);
         expectNoEditor(*plugIn);
