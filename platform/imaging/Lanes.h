@@ -431,7 +431,7 @@ inline void loadNeighbours(const std::uint32_t* base, I index, I& here, I& right
 {
     constexpr int half = kLanes / 2;
     typedef std::int64_t Pairs __attribute__((vector_size(4 * kLanes)));
-    Pairs low, high;
+    Pairs low = {}, high = {}; // for the compiler, which does not see that all are set
     for (int k = 0; k < half; ++k) {
         std::int64_t p;
         std::memcpy(&p, base + index.v[k], 8);
