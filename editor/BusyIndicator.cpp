@@ -73,8 +73,7 @@ void BusyIndicator::stop()
     if (!_controller.runner().isBusy())
         return;
     _controller.runner().stop();
-    _controller.showStatus(
-        localizedString("Stopped: the picture shows the settings before the last change"));
+    _controller.showStatus(localizedString("Stopped: the last change is not shown"));
 }
 
 void BusyIndicator::effectDidChange()

@@ -352,9 +352,7 @@ void Commands::update()
     const bool isApplied = isEntry && _controller.editMode() != 0;
     const bool isGenerator = plugin::isGeneratorName(entry);
     const bool isHeld = _controller.isHeld();
-    const auto enable = [&](const char* name, bool on) {
-        action(name)->setEnabled(on && !isHeld);
-    };
+    const auto enable = [&](const char* name, bool on) { action(name)->setEnabled(on && !isHeld); };
     const QUndoStack& steps = _controller.pictureView()->undoManager();
     enable("undo", steps.canUndo());
     enable("redo", steps.canRedo());

@@ -198,6 +198,16 @@ void Separator::paintEvent(QPaintEvent*)
     painter.fillRect(onPixels(painter, QRectF(0, 0, width(), 1)), line);
 }
 
+// StatusLabel
+
+void StatusLabel::paintEvent(QPaintEvent*)
+{
+    QStylePainter painter(this);
+    painter.drawItemText(contentsRect(), int(alignment()), palette(), isEnabled(),
+                         fontMetrics().elidedText(text(), Qt::ElideRight, contentsRect().width()),
+                         foregroundRole());
+}
+
 // BusyView
 
 BusyView::BusyView(QWidget* parent) : QWidget(parent)

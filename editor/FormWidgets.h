@@ -109,6 +109,17 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 };
 
+// A line of text that ends in dots where there is too little room for it.
+class StatusLabel final : public FormLabel {
+    Q_OBJECT
+
+public:
+    using FormLabel::FormLabel;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+};
+
 // Keeps its room while it is hidden, as it is to begin with.
 class BusyView final : public QWidget {
     Q_OBJECT

@@ -45,6 +45,7 @@ constexpr OwnControl kOwnControls[] = {
     {"editor::PictureScrollView", made<PictureScrollView>},
     {"editor::SegmentButton", made<SegmentButton>},
     {"editor::Separator", made<Separator>},
+    {"editor::StatusLabel", made<StatusLabel>},
     {"editor::Stepper", made<Stepper>},
 };
 
