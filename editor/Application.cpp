@@ -2,10 +2,14 @@
 #include "editor/Application.h"
 
 #include "editor/Displays.h"
+#include "platform/foundation/Bundle.h"
 
 #include <QApplication>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QPauseAnimation>
 #include <QThread>
+#include <QTranslator>
 
 #include <array>
 #include <cerrno>
@@ -87,6 +91,17 @@ private:
     std::optional<QByteArray> _former;
 };
 
+// Qt's own texts, such as the buttons of its dialogues and the names of keys, in our language. One
+// that Qt has no texts in leaves them English.
+void translateApplication()
+{
+    auto* texts = new QTranslator(ownApplication);
+    if (texts->load(QLocale(QString::fromStdString(foundation::language())),
+                    QStringLiteral("qtbase"), QStringLiteral("_"),
+                    QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(texts);
+}
+
 void makeApplication(const QByteArray& platform)
 {
     // Qt keeps both and may take arguments out.
@@ -116,6 +131,7 @@ void makeApplication(const QByteArray& platform)
     ownProcess = getpid();
     QApplication::setQuitOnLastWindowClosed(false);
     QCoreApplication::setQuitLockEnabled(false);
+    translateApplication();
 }
 
 // Not out of a window that is still up, from another thread, or in a child that only copies the

@@ -30,4 +30,8 @@ std::string localizedString(std::string_view key);
 // the environment again (LANGUAGE, LC_ALL, LC_MESSAGES, LANG), as it stands at the time.
 void setLanguage(std::string_view language);
 
+// The language that most strings come in: the name of a string table, such as "de"; "en" without
+// any other.
+std::string language();
+
 } // namespace foundation

@@ -151,10 +151,16 @@ public:
         names.emplace_back("en");
 
         _tables.clear();
+        _language.clear();
         for (const std::string& name : names)
-            if (Table table = readTable(name); !table.empty())
+            if (Table table = readTable(name); !table.empty()) {
                 _tables.push_back(std::move(table));
+                if (_language.empty())
+                    _language = name;
+            }
     }
+
+    const std::string& language() const { return _language; }
 
     std::string lookUp(std::string_view key) const
     {
@@ -166,6 +172,7 @@ public:
 
 private:
     std::vector<Table> _tables; // best first
+    std::string _language;      // of the first
 };
 
 Strings& strings()
@@ -184,6 +191,11 @@ std::string localizedString(std::string_view key)
 void setLanguage(std::string_view language)
 {
     strings().use(language);
+}
+
+std::string language()
+{
+    return strings().language();
 }
 
 } // namespace foundation

@@ -248,8 +248,13 @@ void withOneElsewhere(ICoreImageFilter& plugIn, int argc, char** argv)
 }
 
 // The editor's application goes with the thread that it was made on, and comes again on another.
+// Its own texts are in the editor's language.
 void fromThreads(ICoreImageFilter& plugIn)
 {
+    FROM_BUNDLE(CIFSetLanguage);
+    CIFSetLanguage("de");
+    Person::does(
+        [] { EXPECT(QCoreApplication::translate("QPlatformTheme", "Cancel") == "Abbrechen"); });
     for (int i = 0; i < 2; ++i) {
         std::thread([&] { useTheEditor(plugIn); }).join();
         EXPECT(!QCoreApplication::instance());
