@@ -2,6 +2,7 @@
 #include "editor/EffectRunner.h"
 
 #include "editor/PreviewAttributes.h"
+#include "generators/GLIFCoreObject.h"
 #include "platform/drawing/Picture.h"
 #include "platform/drawing/Scaling.h"
 #include "platform/foundation/Log.h"
@@ -41,6 +42,7 @@ using foundation::Dictionary;
 using foundation::PictureRef;
 using foundation::Rect;
 using foundation::Size;
+using foundation::truncToInt;
 using imaging::Bitmap;
 using imaging::BitmapRef;
 using imaging::PixelFormat;
@@ -112,6 +114,20 @@ struct Part {
     explicit operator bool() const { return pixels != nullptr; }
 };
 
+// A picture of that size as it is at that density.
+struct Shrunk {
+    int width, height;
+    CopyScale scale;
+};
+Shrunk shrunk(Size size, double density)
+{
+    const auto side = [&](double points) {
+        return std::max(1, static_cast<int>(std::lround(points * density)));
+    };
+    const int width = side(size.width), height = side(size.height);
+    return {width, height, {width / size.width, height / size.height}};
+}
+
 // Whole pixels around the rectangle of points, with the margin, inside width × height pixels.
 PixelRect pixelsAround(const Rect& points, CopyScale scale, int width, int height)
 {
@@ -151,12 +167,7 @@ public:
     {
         if (sight.density >= kOwnPixelsFrom)
             return partOf(output, sight.visible, {}, kAnyDensity);
-        const Size size = effect.picture->size();
-        const auto side = [&](double points) {
-            return std::max(1, static_cast<int>(std::lround(points * sight.density)));
-        };
-        const int width = side(size.width), height = side(size.height);
-        const CopyScale scale{width / size.width, height / size.height};
+        const auto [width, height, scale] = shrunk(effect.picture->size(), sight.density);
         const PixelRect rect = pixelsAround(sight.visible, scale, width, height);
         Part part{nullptr, pointsOf(rect, scale), sight.density};
         const PreviewWay way = previewWay(effect.identifier);
@@ -179,16 +190,34 @@ public:
         return part;
     }
 
+    // The pixels in sight of a generator's picture, where one can be had without the others.
+    Part sampled(const Effect& effect, const Sight& sight)
+    {
+        const Size size = effect.picture->size();
+        const generators::PixelSize whole{truncToInt(size.width), truncToInt(size.height)};
+        if (size != Size{double(whole.width), double(whole.height)})
+            return {};
+        const double density = std::min(sight.density, 1.0);
+        const auto [width, height, scale] = shrunk(size, density);
+        const PixelRect rect = pixelsAround(sight.visible, scale, width, height);
+        generators::Sampling sampling{whole, {}, {}};
+        for (int x = 0; x < rect.width; ++x)
+            sampling.columns.push_back(truncToInt((rect.x + x + 0.5) / scale.x));
+        for (int y = rect.height - 1; y >= 0; --y)
+            sampling.rows.push_back(whole.height - 1 - truncToInt((rect.y + y + 0.5) / scale.y));
+        std::srand(effect.seed);
+        const auto generator = _whole.GLIFSmartInstanceFromName(effect.identifier);
+        const PictureRef picture =
+            generator ? generator->sampledPicture(sampling, effect.attributes) : nullptr;
+        return {picture ? picture->bitmap() : nullptr, pointsOf(rect, scale),
+                density < 1 ? density : kAnyDensity};
+    }
+
     // Of a recorded drawing.
     static Part partOfDrawing(const Picture& picture, const Sight& sight)
     {
-        const Size size = picture.size();
         const double density = std::min(sight.density, 1.0);
-        const auto side = [&](double points) {
-            return std::max(1, static_cast<int>(std::lround(points * density)));
-        };
-        const int width = side(size.width), height = side(size.height);
-        const CopyScale scale{width / size.width, height / size.height};
+        const auto [width, height, scale] = shrunk(picture.size(), density);
         const PixelRect pixels = pixelsAround(sight.visible, scale, width, height);
         const Rect rect = pointsOf(pixels, scale);
         return {picture.part(rect, pixels.width, pixels.height), rect,
@@ -395,6 +424,11 @@ struct EffectRunner::Worker {
     std::string pacedIdentifier;
     std::weak_ptr<const Picture> pacedPicture;
     Clock::duration pace{};
+    bool wasQuick(const Effect& effect) const
+    {
+        return pacedIdentifier == effect.identifier && pacedPicture.lock() == effect.picture &&
+               pace <= kQuick;
+    }
     std::set<std::string> drawing; // the generators that answered drawings
 
     void live(const std::stop_token& end);
@@ -408,6 +442,8 @@ struct EffectRunner::Worker {
     };
     bool attempt(const Job& job, Phase newPhase, Section section,
                  const std::function<void()>& work);
+    // The same for a whole result, whose pace is kept.
+    bool attemptWhole(const Job& job, Phase newPhase, const std::function<void()>& work);
     bool rests(const Job& job);
     std::stop_token begin(Phase newPhase);
     void hand(Delivery delivery);
@@ -715,6 +751,20 @@ bool EffectRunner::Worker::attempt(const Job& job, Phase newPhase, Section secti
     }
 }
 
+bool EffectRunner::Worker::attemptWhole(const Job& job, Phase newPhase,
+                                        const std::function<void()>& work)
+{
+    const Clock::time_point began = Clock::now();
+    // Drawings are made into pixels afterwards.
+    const double recorded = drawing.contains(job.effect.identifier) ? 0.5 : 1;
+    if (!attempt(job, newPhase, {0, recorded}, work))
+        return false;
+    pacedIdentifier = job.effect.identifier;
+    pacedPicture = job.effect.picture;
+    pace = Clock::now() - began;
+    return true;
+}
+
 void EffectRunner::Worker::workOnFilter(const Job& job)
 {
     const PictureRef& picture = job.effect.picture;
@@ -738,8 +788,7 @@ void EffectRunner::Worker::workOnFilter(const Job& job)
         handResult(job, nullptr);
         return;
     }
-    const bool isQuick = pacedIdentifier == job.effect.identifier &&
-                         pacedPicture.lock() == picture && pace <= kQuick;
+    const bool isQuick = wasQuick(job.effect);
     {
         const std::lock_guard guard(lock);
         showsParts =
@@ -747,15 +796,10 @@ void EffectRunner::Worker::workOnFilter(const Job& job)
     }
     BitmapRef pixels;
     const auto render = [&] {
-        const Clock::time_point began = Clock::now();
         pixels = imaging::render(output.image, {0, 0, output.width, output.height}, output.format);
-        pacedIdentifier = job.effect.identifier;
-        pacedPicture = picture;
-        pace = Clock::now() - began;
     };
-    constexpr Section kAll{0, 1};
     if (isQuick) {
-        if (attempt(job, Phase::ForShow, kAll, render))
+        if (attemptWhole(job, Phase::ForShow, render))
             handResult(job, Picture::fromBitmap(pixels));
         return;
     }
@@ -764,20 +808,34 @@ void EffectRunner::Worker::workOnFilter(const Job& job)
                   [&](const Sight& part) { return studio->part(job.effect, output, part); });
         if (!rests(job))
             return;
-    } while (!attempt(job, Phase::ForNewest, kAll, render));
+    } while (!attemptWhole(job, Phase::ForNewest, render));
     handResult(job, Picture::fromBitmap(pixels));
 }
 
 void EffectRunner::Worker::workOnGenerator(const Job& job)
 {
-    // Drawings are made into pixels afterwards.
-    const double recorded = drawing.contains(job.effect.identifier) ? 0.5 : 1;
     PictureRef picture;
-    const bool isThere = attempt(job, Phase::ForShow, {0, recorded}, [&] {
+    const auto generate = [&] {
         picture = studio->generated(job.effect);
         if (picture && !picture->isVector())
             static_cast<void>(picture->bitmap());
-    });
+    };
+    const bool isQuick = wasQuick(job.effect);
+    {
+        const std::lock_guard guard(lock);
+        showsParts = !isQuick && job.effect.picture && !drawing.contains(job.effect.identifier);
+    }
+    bool isThere = false, isShownInPart = false;
+    do {
+        showParts(job, Phase::ForFollowers, [&](const Sight& part) {
+            Part made = studio->sampled(job.effect, part);
+            isShownInPart = isShownInPart || made;
+            return made;
+        });
+        if (isShownInPart && !rests(job))
+            return;
+        isThere = attemptWhole(job, isShownInPart ? Phase::ForNewest : Phase::ForShow, generate);
+    } while (!isThere && isShownInPart);
     if (!isThere)
         return;
     if (!picture || !picture->isVector()) {
@@ -788,6 +846,7 @@ void EffectRunner::Worker::workOnGenerator(const Job& job)
     {
         const std::lock_guard guard(lock);
         showsParts = job.effect.picture && picture->size() == job.effect.picture->size();
+        shown = {};
     }
     bool isDrawn = false;
     do {

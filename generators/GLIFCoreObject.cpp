@@ -84,6 +84,39 @@ PictureRef GLIFCoreObject::GLIFOutputImageWidthHeightAttributes(const PictureRef
     return nullptr;
 }
 
+PictureRef GLIFCoreObject::sampledPicture(const Sampling& sampling, const Dictionary& attributes)
+{
+    if (!sampling.size.isValid() || !sampling.shown().isValid())
+        return nullptr;
+    struct Kept {
+        explicit Kept(GLIFCoreObject& owner)
+            : object(owner), field(std::move(owner._prefetchBuffer)), record(owner._preAttr),
+              fieldsComputed(owner._fieldsComputed)
+        {
+        }
+        ~Kept()
+        {
+            object._prefetchBuffer = std::move(field);
+            object._preAttr = std::move(record);
+            object._fieldsComputed = fieldsComputed;
+        }
+        GLIFCoreObject& object;
+        decltype(_prefetchBuffer) field;
+        Dictionary record;
+        int fieldsComputed;
+    };
+    GLIFIsChangeAttributesNewWidthNewHeight(attributes, sampling.size.width, sampling.size.height);
+    const Kept kept(*this);
+    readSharedAttributes(attributes);
+    return makeSample(sampling, attributes);
+}
+
+PictureRef GLIFCoreObject::makeSample(const Sampling& /*sampling*/,
+                                      const Dictionary& /*attributes*/)
+{
+    return nullptr;
+}
+
 const AttributeTable& GLIFCoreObject::attributeTable() const
 {
     static constexpr AttributeTable kNone;

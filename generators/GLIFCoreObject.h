@@ -3,6 +3,7 @@
 #pragma once
 
 #include "generators/AttributeTable.h"
+#include "generators/Sampling.h"
 #include "platform/drawing/Canvas.h"
 #include "platform/drawing/Picture.h"
 #include "platform/foundation/Value.h"
@@ -32,19 +33,6 @@ using foundation::Point;
 using foundation::Rect;
 using foundation::truncToInt;
 using imaging::Bitmap;
-
-// Of a picture, in pixels.
-struct PixelSize {
-    int width = 0, height = 0;
-
-    // Both sides are in 1 … Bitmap::kMaximumSide.
-    bool isValid() const;
-    // width × height.
-    std::size_t pixels() const
-    {
-        return static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-    }
-};
 
 // Returns pooled memory; `bytes` is what was asked for.
 struct PooledDelete {
@@ -86,6 +74,11 @@ public:
                                                             int height,
                                                             const Dictionary& attributes);
 
+    // Those pixels of the picture that the call above would make of sampling.size; only they are
+    // computed. Null when there would be none, or when no pixel is known before the others are.
+    // Draws from rand like that call; the field, and the record of the last computation, stay.
+    PictureRef sampledPicture(const generators::Sampling& sampling, const Dictionary& attributes);
+
     // The keys of the parameters, in the order in which they are shown.
     virtual std::vector<std::string> GLIFQueryInputKeys() const;
     // For each of them "GLIFMinValue", "GLIFMaxValue", "GLIFDefValue"; the kind of a number is the
@@ -124,6 +117,11 @@ public:
 
 protected:
     using PixelSize = generators::PixelSize;
+    using Sampling = generators::Sampling;
+
+    // What sampledPicture answers. The field is the sample's own meanwhile, and _bNeedUpdateCashe
+    // tells whether the whole picture's would be computed anew. The base answers null.
+    virtual PictureRef makeSample(const Sampling& sampling, const Dictionary& attributes);
 
     // --- Parameters ---
 

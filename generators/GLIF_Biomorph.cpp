@@ -46,8 +46,8 @@ float planeCoordinate(std::int64_t pixel)
     return static_cast<float>(static_cast<double>(pixel) * kPointsPerPixel);
 }
 
-// The blocks of a side: from minus half of it in steps of the resolution. The last one is cut at
-// the side; of an odd side, the pixel past the second half may be in none.
+// The blocks of a side: from minus half of it in steps of the resolution. Of an odd side, the pixel
+// past the second half may be in none.
 struct Blocks {
     Blocks(int side, int resolution) : _side(side), _resolution(resolution) {}
 
@@ -55,13 +55,17 @@ struct Blocks {
     {
         return static_cast<int>((2 * (_side / 2) + std::int64_t{_resolution} - 1) / _resolution);
     }
-    int begin(int block) const { return block * _resolution; }
-    int end(int block) const
+    float start(int block) const
     {
-        return static_cast<int>(
-            std::min<std::int64_t>(begin(block) + std::int64_t{_resolution}, _side));
+        return planeCoordinate(std::int64_t{block} * _resolution - _side / 2);
     }
-    float start(int block) const { return planeCoordinate(std::int64_t{begin(block)} - _side / 2); }
+    // Of those that are seen.
+    std::vector<BlockRun> runs(const std::vector<int>& seen) const
+    {
+        std::vector<BlockRun> runs = blockRuns(seen, _resolution);
+        std::erase_if(runs, [count = count()](const BlockRun& run) { return run.block >= count; });
+        return runs;
+    }
 
 private:
     int _side, _resolution;
@@ -134,6 +138,26 @@ PictureRef GLIF_Biomorph::GLIFOutputImageWidthHeightAttributes(const PictureRef&
     const PixelSize size = pictureSize(reference, width, height);
     if (!size.isValid())
         return nullptr;
+    readAttributes(attributes);
+    GLIFUpdateCasheWidthHeight(attributes, size.width, size.height);
+    return drawBiomorph(size.width, size.height, _dCReal, _dCImag, _iResolution);
+}
+
+PictureRef GLIF_Biomorph::makeSample(const Sampling& sampling, const Dictionary& attributes)
+{
+    readAttributes(attributes);
+    const std::shared_ptr<Bitmap> bitmap = makeBitmap(sampling.shown());
+    if (!bitmap || !renewPrefetchBuffer(sampling.shown().pixels()))
+        return nullptr;
+    computeField(sampling, static_cast<float>(_dCReal), static_cast<float>(_dCImag), _iResolution);
+    paintField(*bitmap);
+    if (_bNeedUpdateCashe)
+        paintStartsOutside(*bitmap);
+    return pictureOverBackground(bitmap);
+}
+
+void GLIF_Biomorph::readAttributes(const Dictionary& attributes)
+{
     // What a host that omits a key gets; the table above is what the editor starts with.
     _iResolution = std::max(attributes.intValue("GLIFResolution", 2), 1);
     _dCReal = 1.00003;
@@ -143,8 +167,6 @@ PictureRef GLIF_Biomorph::GLIFOutputImageWidthHeightAttributes(const PictureRef&
         _dCReal = attributes.doubleValue("GLIFCReal", _dCReal);
         _dCImag = attributes.doubleValue("GLIFCImag", 0);
     }
-    GLIFUpdateCasheWidthHeight(attributes, size.width, size.height);
-    return drawBiomorph(size.width, size.height, _dCReal, _dCImag, _iResolution);
 }
 
 PictureRef GLIF_Biomorph::drawBiomorph(int width, int height, double cReal, double cImag,
@@ -159,45 +181,50 @@ PictureRef GLIF_Biomorph::drawBiomorph(int width, int height, double cReal, doub
         return pictureOverBackground(bitmap);
     }
     return compute([&] {
-        computeField(size, static_cast<float>(cReal), static_cast<float>(cImag), resolution);
+        computeField(Sampling::all(size), static_cast<float>(cReal), static_cast<float>(cImag),
+                     resolution);
         paintField(*bitmap);
         paintStartsOutside(*bitmap);
         return pictureOverBackground(bitmap);
     });
 }
 
-void GLIF_Biomorph::computeField(PixelSize size, float cReal, float cImag, int resolution)
+void GLIF_Biomorph::computeField(const Sampling& sampling, float cReal, float cImag, int resolution)
 {
-    const Blocks columns(size.width, resolution), rows(size.height, resolution);
-    std::vector<float> imaginaries(rows.count());
-    for (int block = 0; block < rows.count(); ++block)
-        imaginaries[block] = rows.start(block);
+    const Blocks acrossBlocks(sampling.size.width, resolution);
+    const Blocks downBlocks(sampling.size.height, resolution);
+    const std::vector<BlockRun> columns = acrossBlocks.runs(sampling.columns);
+    const std::vector<BlockRun> rows = downBlocks.runs(sampling.rows);
+    std::vector<float> imaginaries;
+    for (const BlockRun& run : rows)
+        imaginaries.push_back(downBlocks.start(run.block));
     // By outcome; the infinity of a start outside the box among them.
     std::array<double, kBiomorphUncolored + 1> values;
     for (int steps = 0; steps < kBiomorphUncolored; ++steps)
         values[steps] = static_cast<float>(1.0 / steps);
     values[kBiomorphUncolored] = kUnsetValue;
 
-    const auto height = static_cast<std::size_t>(size.height);
+    const std::size_t height = sampling.rows.size();
     double* field = _prefetchBuffer.get();
-    foundation::ProgressSteps steps(columns.count());
+    foundation::ProgressSteps steps(std::ssize(columns));
     const auto computeColumns = [&](int first, int last) {
-        std::vector<std::uint8_t> outcomes(rows.count());
-        for (int block = first; block < last; ++block) {
-            biomorphOrbits(outcomes.data(), imaginaries.data(), rows.count(), columns.start(block),
-                           cReal, cImag);
-            double* column = field + columns.begin(block) * height;
+        std::vector<std::uint8_t> outcomes(rows.size());
+        for (int i = first; i < last; ++i) {
+            const BlockRun& run = columns[i];
+            biomorphOrbits(outcomes.data(), imaginaries.data(), static_cast<int>(rows.size()),
+                           acrossBlocks.start(run.block), cReal, cImag);
+            double* column = field + run.begin * height;
             std::fill_n(column, height, kUnsetValue);
-            for (int row = 0; row < rows.count(); ++row)
-                std::fill(column + rows.begin(row), column + rows.end(row), values[outcomes[row]]);
-            for (int copy = columns.begin(block) + 1; copy < columns.end(block); ++copy)
+            for (std::size_t row = 0; row < rows.size(); ++row)
+                std::fill(column + rows[row].begin, column + rows[row].end, values[outcomes[row]]);
+            for (int copy = run.begin + 1; copy < run.end; ++copy)
                 std::copy_n(column, height, field + copy * height);
         }
         steps.add(last - first);
     };
-    imaging::parallelRows(0, columns.count(), 8, computeColumns);
-    const int covered = columns.count() > 0 ? columns.end(columns.count() - 1) : 0;
-    std::fill(field + covered * height, field + size.pixels(), kUnsetValue);
+    imaging::parallelRows(0, static_cast<int>(columns.size()), 8, computeColumns);
+    const int covered = columns.empty() ? 0 : columns.back().end;
+    std::fill(field + covered * height, field + sampling.shown().pixels(), kUnsetValue);
 }
 
 // Orbits that start outside the box have taken no step when they stop. They are drawn in the colour

@@ -31,10 +31,12 @@ public:
 
 protected:
     const AttributeTable& attributeTable() const override;
+    PictureRef makeSample(const Sampling& sampling, const Dictionary& attributes) override;
 
 private:
+    void readAttributes(const Dictionary& attributes);
     PictureRef drawBiomorph(int width, int height, double cReal, double cImag, int resolution);
-    void computeField(PixelSize size, float cReal, float cImag, int resolution);
+    void computeField(const Sampling& sampling, float cReal, float cImag, int resolution);
     void paintStartsOutside(generators::Bitmap& bitmap) const;
 
     std::int32_t _iResolution = 2; // block size in pixels

@@ -156,22 +156,39 @@ PictureRef GLIF_CircleRipples::GLIFOutputImageWidthHeightAttributes(const Pictur
 {
     readSharedAttributes(attributes);
     const PixelSize size = pictureSize(reference, width, height);
-    _iResolution = std::max(attributes.intValue("GLIFResolution", 1), 1);
-    _fSize = attributes.floatValue("GLIFSize", 8.0f);
-    _fKoef = attributes.floatValue("GLIFKoef", 1.0f);
-    _shapesType = attributes.intValue("GLIFShapesType", 0);
+    readAttributes(attributes);
     GLIFUpdateCasheWidthHeight(attributes, size.width, size.height);
     const std::shared_ptr<Bitmap> bitmap = makeBitmap(size);
     if (!bitmap || (_bNeedUpdateCashe && !renewPrefetchBuffer(size.pixels())))
         return nullptr;
     if (_bNeedUpdateCashe)
-        compute([&] { computeField(size); });
+        compute([&] { computeField(Sampling::all(size)); });
     paintField(*bitmap);
     return pictureOverBackground(bitmap);
 }
 
-void GLIF_CircleRipples::computeField(PixelSize size)
+PictureRef GLIF_CircleRipples::makeSample(const Sampling& sampling, const Dictionary& attributes)
 {
+    readAttributes(attributes);
+    const std::shared_ptr<Bitmap> bitmap = makeBitmap(sampling.shown());
+    if (!bitmap || !renewPrefetchBuffer(sampling.shown().pixels()))
+        return nullptr;
+    computeField(sampling);
+    paintField(*bitmap);
+    return pictureOverBackground(bitmap);
+}
+
+void GLIF_CircleRipples::readAttributes(const Dictionary& attributes)
+{
+    _iResolution = std::max(attributes.intValue("GLIFResolution", 1), 1);
+    _fSize = attributes.floatValue("GLIFSize", 8.0f);
+    _fKoef = attributes.floatValue("GLIFKoef", 1.0f);
+    _shapesType = attributes.intValue("GLIFShapesType", 0);
+}
+
+void GLIF_CircleRipples::computeField(const Sampling& sampling)
+{
+    const PixelSize size = sampling.size;
     const auto width = static_cast<float>(size.width), height = static_cast<float>(size.height);
     Ripples ripples;
     ripples.pixelsPerSide = std::min(width, height);
@@ -209,35 +226,34 @@ void GLIF_CircleRipples::computeField(PixelSize size)
 
     // A block is coloured by its middle. Rows in lanes, past the last block as far as they go.
     const int block = std::min(_iResolution, std::max(size.width, size.height));
-    const int rowBlocks = (size.height + block - 1) / block;
-    const int columnBlocks = (size.width + block - 1) / block;
-    const auto middleOf = [block](int index) {
-        return (static_cast<float>(index) + 0.5f) * static_cast<float>(block);
+    const std::vector<BlockRun> columns = blockRuns(sampling.columns, block);
+    const std::vector<BlockRun> rows = blockRuns(sampling.rows, block);
+    const auto middleOf = [block](const BlockRun& run) {
+        return (static_cast<float>(run.block) + 0.5f) * static_cast<float>(block);
     };
-    const int lanes = (rowBlocks + imaging::kLanes - 1) / imaging::kLanes * imaging::kLanes;
+    const std::size_t lanes =
+        (rows.size() + imaging::kLanes - 1) / imaging::kLanes * imaging::kLanes;
     std::vector<float> middles(lanes);
-    for (int row = 0; row < lanes; ++row)
-        middles[row] = middleOf(row);
+    std::ranges::transform(rows, middles.begin(), middleOf);
 
     double* field = _prefetchBuffer.get();
-    const auto fieldHeight = static_cast<std::size_t>(size.height);
-    foundation::ProgressSteps steps(columnBlocks);
+    const std::size_t fieldHeight = sampling.rows.size();
+    foundation::ProgressSteps steps(std::ssize(columns));
     const auto computeColumns = [&](int first, int last) {
         std::vector<float> values(lanes);
         for (int column = first; column < last; ++column) {
-            for (int row = 0; row < lanes; row += imaging::kLanes)
+            const BlockRun& run = columns[column];
+            for (std::size_t row = 0; row < lanes; row += imaging::kLanes)
                 store(&values[row],
-                      valueAt(type, ripples, middleOf(column), imaging::load(&middles[row])));
-            const int left = column * block, right = std::min(left + block, size.width);
-            double* pixels = field + left * fieldHeight;
-            for (int y = 0; y < size.height; ++y) {
-                const float value = values[y / block];
-                pixels[y] = value > 1 ? kUnsetValue : value;
-            }
-            for (int x = left + 1; x < right; ++x)
+                      valueAt(type, ripples, middleOf(run), imaging::load(&middles[row])));
+            double* pixels = field + run.begin * fieldHeight;
+            for (std::size_t row = 0; row < rows.size(); ++row)
+                std::fill(pixels + rows[row].begin, pixels + rows[row].end,
+                          values[row] > 1 ? kUnsetValue : values[row]);
+            for (int x = run.begin + 1; x < run.end; ++x)
                 std::copy_n(pixels, fieldHeight, field + x * fieldHeight);
         }
         steps.add(last - first);
     };
-    imaging::parallelRows(0, columnBlocks, 4, computeColumns);
+    imaging::parallelRows(0, static_cast<int>(columns.size()), 4, computeColumns);
 }

@@ -13,9 +13,11 @@ public:
 
 protected:
     const AttributeTable& attributeTable() const override;
+    PictureRef makeSample(const Sampling& sampling, const Dictionary& attributes) override;
 
 private:
-    void computeField(PixelSize size);
+    void readAttributes(const Dictionary& attributes);
+    void computeField(const Sampling& sampling);
 
     std::int32_t _iResolution = 1; // block size in pixels
     float _fSize = 8;              // wavelength in percent of the shorter side

@@ -47,13 +47,34 @@ PictureRef GLIF_Plasma::GLIFOutputImageWidthHeightAttributes(const PictureRef& r
     const PixelSize size = pictureSize(reference, width, height);
     if (!size.isValid())
         return nullptr;
+    readAttributes(attributes);
+    GLIFUpdateCasheWidthHeight(attributes, size.width, size.height);
+    return _shapesType < 2 ? plasmaGenerator(reference, size.width, size.height)
+                           : plasmaSineGeneratorWidthHeight(reference, size.width, size.height);
+}
+
+// Midpoints are displaced by draws in an order that is the whole picture's.
+PictureRef GLIF_Plasma::makeSample(const Sampling& sampling, const Dictionary& attributes)
+{
+    readAttributes(attributes);
+    _dResolution = std::max(_dResolution, 1);
+    if (_shapesType < 2 || _dResolution > kLargestBlockInField)
+        return nullptr;
+    const std::shared_ptr<Bitmap> bitmap = makeBitmap(sampling.shown());
+    if (!bitmap || !renewPrefetchBuffer(sampling.shown().pixels()))
+        return nullptr;
+    const auto [p2, p3, p4] = drawSineWaves();
+    computeSineField(1, p2, p3, p4, sampling);
+    paintField(*bitmap);
+    return drawing::Picture::fromBitmap(bitmap);
+}
+
+void GLIF_Plasma::readAttributes(const Dictionary& attributes)
+{
     // What a host that omits a key gets; the table above is what the editor starts with.
     _dResolution = attributes.intValue("GLIFResolution", 5);
     _iSmoothness = attributes.intValue("GLIFSmoothness", 3);
     _shapesType = attributes.intValue("GLIFShapesType", 0);
-    GLIFUpdateCasheWidthHeight(attributes, size.width, size.height);
-    return _shapesType < 2 ? plasmaGenerator(reference, size.width, size.height)
-                           : plasmaSineGeneratorWidthHeight(reference, size.width, size.height);
 }
 
 PictureRef GLIF_Plasma::plasmaGenerator(const PictureRef& reference, int width, int height)
@@ -178,6 +199,19 @@ PictureRef GLIF_Plasma::plasmaSineGeneratorWidthHeight(const PictureRef& referen
         return drawing::Picture::fromBitmap(bitmap);
     }
 
+    const auto [p2, p3, p4] = drawSineWaves();
+    // Blocks too large for the field are not drawn at all: the picture is transparent.
+    if (inField)
+        compute([&] {
+            divideSinePlasmaA2A3A4WidthHeightBitmap(1, p2, p3, p4, size.width, size.height,
+                                                    *bitmap);
+        });
+    return drawing::Picture::fromBitmap(bitmap);
+}
+
+// Fills the two tables, and draws where the waves begin in them.
+std::array<int, 3> GLIF_Plasma::drawSineWaves()
+{
     const int r1 = randomInt();
     const int r2 = randomInt();
     const int r3 = randomInt();
@@ -187,20 +221,20 @@ PictureRef GLIF_Plasma::plasmaSineGeneratorWidthHeight(const PictureRef& referen
         SIN[k] = truncToInt((wave + std::sin(2 * t)) * 64.0 + 128.0);
         COS[k] = truncToInt((wave + std::sin(t * -2.0)) * 64.0 + 128.0);
     }
-    // Blocks too large for the field are not drawn at all: the picture is transparent.
-    if (inField)
-        compute([&] {
-            divideSinePlasmaA2A3A4WidthHeightBitmap(1, r1 % 255 + 1, r2 % 255 - 1, r3 % 255 - 1,
-                                                    size.width, size.height, *bitmap);
-        });
-    return drawing::Picture::fromBitmap(bitmap);
+    return {r1 % 255 + 1, r2 % 255 - 1, r3 % 255 - 1};
+}
+
+void GLIF_Plasma::divideSinePlasmaA2A3A4WidthHeightBitmap(int p1, int p2, int p3, int p4, int width,
+                                                          int height, Bitmap& bitmap)
+{
+    computeSineField(p1, p2, p3, p4, Sampling::all({width, height}));
+    paintField(bitmap);
 }
 
 // Blocks are as wide as the resolution, but rows advance by one and cover all but the first row of
 // the blocks above: the picture is blocky along the rows and smooth down the columns. So each row
 // keeps exactly what it computes itself, and the rows do not depend on each other.
-void GLIF_Plasma::divideSinePlasmaA2A3A4WidthHeightBitmap(int p1, int p2, int p3, int p4, int width,
-                                                          int height, Bitmap& bitmap)
+void GLIF_Plasma::computeSineField(int p1, int p2, int p3, int p4, const Sampling& sampling)
 {
     const auto sine = [this](int index) { return SIN[index & 511]; };
     const auto cosine = [this](int index) { return COS[index & 511]; };
@@ -212,38 +246,39 @@ void GLIF_Plasma::divideSinePlasmaA2A3A4WidthHeightBitmap(int p1, int p2, int p3
         values[sum - kLowest] = std::clamp(value, 0.0f, 1.0f);
     }
 
+    const std::vector<BlockRun> columns = blockRuns(sampling.columns, _dResolution);
+    const std::vector<int>& rows = sampling.rows;
+    const std::size_t height = rows.size();
     // Strips of rows, so that each column of the field is written in whole cache lines.
     constexpr int kStrip = 64;
     const auto computeStrip = [&](int top, int bottom) {
         int u[kStrip], v[kStrip], base[kStrip];
         for (int y = top; y < bottom; ++y) {
             // Three forward and two back from row to row.
-            const int j = (p1 + 3 * y) & 511;
-            const int i = (p2 - 2 * y) & 511;
+            const int j = (p1 + 3 * rows[y]) & 511;
+            const int i = (p2 - 2 * rows[y]) & 511;
             u[y - top] = i + p3;
             v[y - top] = p4 - i;
             base[y - top] = cosine(j) + cosine(i) - sine(j + i);
         }
-        for (int x = 0; x < width; x += _dResolution) {
-            const int end = std::min(x + _dResolution, width);
-            double* column = &_prefetchBuffer[static_cast<std::size_t>(x) * height];
+        for (const BlockRun& run : columns) {
+            // And from block to block.
+            const int on = (run.block + 1) * _dResolution;
+            double* column = &_prefetchBuffer[run.begin * height];
             for (int y = top; y < bottom; ++y) {
-                v[y - top] -= _dResolution;
-                u[y - top] += 2 * _dResolution;
-                const int sum = sine(u[y - top]) + base[y - top] - cosine(v[y - top]);
+                const int sum = sine(u[y - top] + 2 * on) + base[y - top] - cosine(v[y - top] - on);
                 column[y] = values[sum - kLowest];
             }
-            for (int copy = x + 1; copy < end; ++copy)
-                std::copy(column + top, column + bottom,
-                          &_prefetchBuffer[static_cast<std::size_t>(copy) * height + top]);
+            for (int copy = run.begin + 1; copy < run.end; ++copy)
+                std::copy(column + top, column + bottom, &_prefetchBuffer[copy * height + top]);
         }
     };
-    const int strips = (height + kStrip - 1) / kStrip;
+    const int rowCount = static_cast<int>(rows.size());
+    const int strips = (rowCount + kStrip - 1) / kStrip;
     foundation::ProgressSteps steps(strips);
     imaging::parallelRows(0, strips, 1, [&](int first, int last) {
         for (int strip = first; strip < last; ++strip)
-            computeStrip(strip * kStrip, std::min(height, (strip + 1) * kStrip));
+            computeStrip(strip * kStrip, std::min(rowCount, (strip + 1) * kStrip));
         steps.add(last - first);
     });
-    paintField(bitmap);
 }

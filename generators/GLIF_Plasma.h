@@ -15,8 +15,10 @@ public:
 
 protected:
     const AttributeTable& attributeTable() const override;
+    PictureRef makeSample(const Sampling& sampling, const Dictionary& attributes) override;
 
 private:
+    void readAttributes(const Dictionary& attributes);
     PictureRef plasmaGenerator(const PictureRef& reference, int width, int height);
     PictureRef plasmaSineGeneratorWidthHeight(const PictureRef& reference, int width, int height);
     void divideGrid(float x, float y, float w, float h, float c1, float c2, float c3, float c4,
@@ -26,6 +28,8 @@ private:
     float displace(float num, float totalWidth, float totalHeight) const;
     void divideSinePlasmaA2A3A4WidthHeightBitmap(int p1, int p2, int p3, int p4, int width,
                                                  int height, generators::Bitmap& bitmap);
+    std::array<int, 3> drawSineWaves();
+    void computeSineField(int p1, int p2, int p3, int p4, const Sampling& sampling);
 
     std::int32_t _dResolution = 1; // block size in pixels
     double _quartersDone = 0;      // of those that are counted

@@ -46,6 +46,53 @@ double tangentOfProduct(std::int64_t product, float factor)
 constexpr float kDifferenceLimit = 2.0f;
 constexpr float kProductLimit = 3.5f;
 
+constexpr bool isDrawn(int type)
+{
+    return type < 0 || type > 3;
+}
+
+// The values of a quarter, of any type that is not drawn. Most of the time goes into tangents;
+// those of sums and differences are taken from tables.
+class QuarterValues {
+public:
+    QuarterValues(int type, float factor, PixelSize quarter)
+        : _type(type), _factor(factor), _height(quarter.height)
+    {
+        if (type >= 2)
+            for (int sum = 0; sum < quarter.width + quarter.height; ++sum)
+                _ofSums.push_back(tangentOfSum(sum));
+        if (type == 2)
+            for (int difference = -quarter.height; difference < quarter.width; ++difference)
+                _ofDifferences.push_back(tangentOfDifference(difference, factor));
+    }
+
+    double at(int x, int y) const
+    {
+        if (_type == 2)
+            return foldQuotient(_ofDifferences[x - y + _height] / _ofSums[x + y], kDifferenceLimit);
+        if (_type == 3)
+            return foldQuotient(tangentOfProduct(std::int64_t{x} * y, _factor) / _ofSums[x + y],
+                                kProductLimit);
+        return sandGlassValue(_type, x, y, _factor, 0);
+    }
+
+private:
+    int _type;
+    float _factor;
+    int _height;
+    std::vector<double> _ofSums, _ofDifferences;
+};
+
+// Places in the quarter of the columns or rows that are seen, without those in no quarter.
+std::vector<int> placesInQuarter(const std::vector<int>& seen, int side)
+{
+    std::vector<int> places;
+    for (const int at : seen)
+        if (at < 2 * side)
+            places.push_back(at < side ? side - 1 - at : at - side);
+    return places;
+}
+
 } // namespace
 
 namespace generators {
@@ -87,11 +134,50 @@ PictureRef GLIF_SandGlass::GLIFOutputImageWidthHeightAttributes(const PictureRef
 {
     readSharedAttributes(attributes);
     const PixelSize size = pictureSize(reference, width, height);
+    readAttributes(attributes);
+    GLIFUpdateCasheWidthHeight(attributes, size.width, size.height);
+    return sandGlassGeneratorWidthHeight(size.width, size.height);
+}
+
+template <class Put>
+void GLIF_SandGlass::paintValues(PixelSize size, const Put& put) const
+{
+    const auto color = [&](std::uint32_t* words, const double* values, int count) {
+        double positions[kTileRows];
+        for (int y = 0; y < count; ++y)
+            positions[y] = values[y] / 255.0;
+        computeColorsToMem(words, positions, count, _colorRangeMin, _colorRangeMax);
+    };
+    forFieldTiles(_prefetchBuffer.get(), size.width, size.height, color, put);
+}
+
+PictureRef GLIF_SandGlass::makeSample(const Sampling& sampling, const Dictionary& attributes)
+{
+    readAttributes(attributes);
+    const PixelSize quarter = {sampling.size.width / 2, sampling.size.height / 2};
+    const std::vector<int> xs = placesInQuarter(sampling.columns, quarter.width);
+    const std::vector<int> ys = placesInQuarter(sampling.rows, quarter.height);
+    const PixelSize filled = {static_cast<int>(xs.size()), static_cast<int>(ys.size())};
+    const std::shared_ptr<Bitmap> bitmap = makeBitmap(sampling.shown());
+    if (isDrawn(_shapesType) || !bitmap || !renewPrefetchBuffer(filled.pixels()))
+        return nullptr;
+    const QuarterValues values(_shapesType, _iFactor, quarter);
+    imaging::parallelRows(0, filled.width, 8, [&](int first, int last) {
+        for (int x = first; x < last; ++x)
+            for (int y = 0; y < filled.height; ++y)
+                _prefetchBuffer[x * ys.size() + y] = values.at(xs[x], ys[y]);
+    });
+    paintValues(filled, [&](int x, int y, const std::uint32_t* words, int count) {
+        std::copy_n(words, count, bitmap->rowAs<std::uint32_t>(y) + x);
+    });
+    return drawing::Picture::fromBitmap(bitmap);
+}
+
+void GLIF_SandGlass::readAttributes(const Dictionary& attributes)
+{
     // What a host that omits a key gets; the table above is what the editor starts with.
     _iFactor = attributes.floatValue("GLIFFactor", 1.0f);
     _shapesType = attributes.intValue("GLIFShapesType", 0);
-    GLIFUpdateCasheWidthHeight(attributes, size.width, size.height);
-    return sandGlassGeneratorWidthHeight(size.width, size.height);
 }
 
 // The last column of an odd width and the last row of an odd height are in no quarter and stay
@@ -112,7 +198,7 @@ void GLIF_SandGlass::computeField(PixelSize quarter)
 {
     const auto height = static_cast<std::size_t>(quarter.height);
     double* field = _prefetchBuffer.get();
-    if (_shapesType < 0 || _shapesType > 3) {
+    if (isDrawn(_shapesType)) {
         // Row by row: that is the order of the draws.
         for (int y = 0; y < quarter.height; ++y) {
             foundation::checkpoint();
@@ -125,48 +211,23 @@ void GLIF_SandGlass::computeField(PixelSize quarter)
         return;
     }
 
-    // Most of the time goes into tangents; those of sums and differences are taken from tables.
-    std::vector<double> ofSums, ofDifferences;
-    if (_shapesType >= 2)
-        for (int sum = 0; sum < quarter.width + quarter.height; ++sum)
-            ofSums.push_back(tangentOfSum(sum));
-    if (_shapesType == 2)
-        for (int difference = -quarter.height; difference < quarter.width; ++difference)
-            ofDifferences.push_back(tangentOfDifference(difference, _iFactor));
-    const auto computeColumn = [&](int x) {
-        double* column = field + x * height;
-        for (int y = 0; y < quarter.height; ++y)
-            if (_shapesType == 2)
-                column[y] = foldQuotient(ofDifferences[x - y + quarter.height] / ofSums[x + y],
-                                         kDifferenceLimit);
-            else if (_shapesType == 3)
-                column[y] = foldQuotient(
-                    tangentOfProduct(std::int64_t{x} * y, _iFactor) / ofSums[x + y], kProductLimit);
-            else
-                column[y] = sandGlassValue(_shapesType, x, y, _iFactor, 0);
-    };
+    const QuarterValues values(_shapesType, _iFactor, quarter);
     foundation::ProgressSteps steps(quarter.width);
     imaging::parallelRows(0, quarter.width, 8, [&](int first, int last) {
         for (int x = first; x < last; ++x)
-            computeColumn(x);
+            for (int y = 0; y < quarter.height; ++y)
+                field[x * height + y] = values.at(x, y);
         steps.add(last - first);
     });
 }
 
 void GLIF_SandGlass::paintQuarters(Bitmap& bitmap, PixelSize quarter) const
 {
-    const auto color = [&](std::uint32_t* words, const double* values, int count) {
-        double positions[kTileRows];
-        for (int y = 0; y < count; ++y)
-            positions[y] = values[y] / 255.0;
-        computeColorsToMem(words, positions, count, _colorRangeMin, _colorRangeMax);
-    };
-    const auto put = [&](int x, int y, const std::uint32_t* words, int count) {
+    paintValues(quarter, [&](int x, int y, const std::uint32_t* words, int count) {
         for (const int row : {quarter.height + y, quarter.height - 1 - y}) {
             auto* middle = bitmap.rowAs<std::uint32_t>(row) + quarter.width;
             std::copy_n(words, count, middle + x);
             std::reverse_copy(words, words + count, middle - x - count);
         }
-    };
-    forFieldTiles(_prefetchBuffer.get(), quarter.width, quarter.height, color, put);
+    });
 }

@@ -22,10 +22,15 @@ public:
 
 protected:
     const AttributeTable& attributeTable() const override;
+    PictureRef makeSample(const Sampling& sampling, const Dictionary& attributes) override;
 
 private:
+    void readAttributes(const Dictionary& attributes);
     PictureRef sandGlassGeneratorWidthHeight(int width, int height);
     void computeField(PixelSize quarter);
+    // Colours a field of that size, which put(x, y, words, count) takes in pieces of rows.
+    template <class Put>
+    void paintValues(PixelSize size, const Put& put) const;
     void paintQuarters(generators::Bitmap& bitmap, PixelSize quarter) const;
 
     float _iFactor = 1;           // sic; frequency

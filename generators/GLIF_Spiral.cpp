@@ -126,12 +126,51 @@ PictureRef GLIF_Spiral::GLIFOutputImageWidthHeightAttributes(const PictureRef& r
 {
     readSharedAttributes(attributes);
     const PixelSize size = pictureSize(reference, width, height);
+    readAttributes(attributes);
+    GLIFUpdateCasheWidthHeight(attributes, size.width, size.height);
+    return spiralGeneratorWidthHeight(size.width, size.height);
+}
+
+// Where circles cross a pixel, the outermost of them is seen. That none of its points falls into
+// the pixel is as rare as it is hard to tell without drawing the circle.
+PictureRef GLIF_Spiral::makeSample(const Sampling& sampling, const Dictionary& attributes)
+{
+    readAttributes(attributes);
+    const std::shared_ptr<Bitmap> bitmap = makeBitmap(sampling.shown());
+    if (!bitmap || !renewPrefetchBuffer(sampling.shown().pixels()))
+        return nullptr;
+    const int centerX = sampling.size.width / 2, centerY = sampling.size.height / 2;
+    const int outermost = std::min(centerX, centerY);
+    const std::vector<double> starts = drawStartAngles(outermost);
+    const auto valueOf = [&](double dx, double dy) {
+        const double farthest = std::hypot(std::abs(dx) + 0.5, std::abs(dy) + 0.5);
+        const double nearest =
+            std::hypot(std::max(std::abs(dx) - 0.5, 0.0), std::max(std::abs(dy) - 0.5, 0.0));
+        const int radius = static_cast<int>(std::min(farthest, outermost - 1.0));
+        if (radius < std::max(nearest, 1.0))
+            return kUnsetValue;
+        const double turns = (std::atan2(dy, dx) - starts[radius - 1]) / kTurn;
+        return valueAt((turns - std::floor(turns)) * kTurn);
+    };
+    const std::size_t height = sampling.rows.size();
+    imaging::parallelRows(0, sampling.shown().width, 8, [&](int first, int last) {
+        for (int x = first; x < last; ++x)
+            for (std::size_t y = 0; y < height; ++y)
+                // Row 0 of the field is at the bottom of the picture.
+                _prefetchBuffer[x * height + y] =
+                    valueOf(sampling.columns[x] - centerX,
+                            sampling.size.height - 1 - sampling.rows[y] - centerY);
+    });
+    paintField(*bitmap);
+    return pictureOverBackground(bitmap);
+}
+
+void GLIF_Spiral::readAttributes(const Dictionary& attributes)
+{
     // What a host that omits a key gets; the table above is what the editor starts with.
     _fFactor = attributes.floatValue("GLIFFactor", 1.0f);
     _fRandomWind = attributes.floatValue("GLIFRandomWind", 1.5f);
     _iCurvature = attributes.intValue("GLIFCurvature", 0);
-    GLIFUpdateCasheWidthHeight(attributes, size.width, size.height);
-    return spiralGeneratorWidthHeight(size.width, size.height);
 }
 
 PictureRef GLIF_Spiral::spiralGeneratorWidthHeight(int width, int height)
@@ -163,19 +202,29 @@ void GLIF_Spiral::computeField(PixelSize size)
 
     const int centerX = size.width / 2, centerY = size.height / 2;
     const int outermost = std::min(centerX, centerY);
-    const double curvature = (_fFactor > 0 ? 1.0 : -1.0) * _iCurvature * -0.01;
-    const double turn = _fFactor / 100.0;
-    const double wind = _fRandomWind * turn;
-    double angle = 0;
-    for (int radius = 1; radius < outermost;) {
+    const std::vector<double> starts = drawStartAngles(outermost);
+    for (int radius = 1; radius < outermost; ++radius) {
         foundation::checkpoint();
         const double share = static_cast<double>(radius) / outermost;
         foundation::reportProgress(share * share);
+        drawSpiralCircleQuickly(field, size.height, {centerX, centerY, radius, starts[radius - 1]});
+    }
+}
+
+// Of the circles from radius 1 on, each inside the outermost.
+std::vector<double> GLIF_Spiral::drawStartAngles(int outermost) const
+{
+    const double curvature = (_fFactor > 0 ? 1.0 : -1.0) * _iCurvature * -0.01;
+    const double turn = _fFactor / 100.0;
+    const double wind = _fRandomWind * turn;
+    std::vector<double> angles;
+    double angle = 0;
+    for (int radius = 1; radius < outermost;) {
         // Factors out of bounds add up to no angle at all: those circles start on the right.
-        const double startAngle = std::isfinite(angle) ? angle : 0;
-        drawSpiralCircleQuickly(field, size.height, {centerX, centerY, radius, startAngle});
+        angles.push_back(std::isfinite(angle) ? angle : 0);
         ++radius;
         const int drawn = randomInt();
         angle = angle + turn + wind * (drawn % 100 - 50) / -100.0 + radius * curvature / outermost;
     }
+    return angles;
 }

@@ -3,6 +3,8 @@
 
 #include "generators/GLIFCoreObject.h"
 
+#include <vector>
+
 namespace generators {
 
 // One circle of the spiral, about a whole point.
@@ -29,8 +31,11 @@ public:
 
 protected:
     const AttributeTable& attributeTable() const override;
+    PictureRef makeSample(const Sampling& sampling, const Dictionary& attributes) override;
 
 private:
+    void readAttributes(const Dictionary& attributes);
+    std::vector<double> drawStartAngles(int outermost) const;
     PictureRef spiralGeneratorWidthHeight(int width, int height);
     void computeField(PixelSize size);
 
