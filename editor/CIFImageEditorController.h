@@ -353,6 +353,8 @@ private:
     class TakenStep;
     std::string pictureNameOf(plugin::ValueKind kind) const;
     foundation::Result<plugin::PreparedStep> checkedStep(const plugin::RecipeStep& step) const;
+    // To look entries of either catalogue up in: the effects set of the other is that of the lists.
+    CIFMain& bothCatalogues() const;
     foundation::DictionaryRef descriptorOf(const std::string& identifier) const;
     void takeStepsFrom(const plugin::Recipe& recipe, std::size_t first);
 
@@ -402,7 +404,6 @@ private:
     void bindGeneratorMenus();
     void forgetControls();
     void useFilterPage(const QString& identifier);
-    // The current effects set stays that of the tab.
     std::optional<plugin::Entry> describedEntry(const std::string& identifier) const;
     void bindFilterRow(std::size_t row, const plugin::Parameter& parameter);
     void bindColorWell(std::size_t index, const plugin::Parameter& parameter);
@@ -428,7 +429,7 @@ private:
     QPointer<QMainWindow> _window;
     QPointer<QToolBar> _toolbar;
     std::unique_ptr<CIFMain> _CIFPlugInInstance;
-    mutable std::unique_ptr<CIFMain> _bothCatalogues; // to look entries up in
+    mutable std::unique_ptr<CIFMain> _bothCatalogues;
     std::unique_ptr<editor::EffectRunner> _runner;
     editor::CatalogueModel* _tableModel = nullptr;
     editor::CatalogueModel* _GLIFTableModel = nullptr;

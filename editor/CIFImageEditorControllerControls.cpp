@@ -382,11 +382,7 @@ void CIFImageEditorController::updateFilterControlsWithKeysAttrDesc(
 std::optional<plugin::Entry> CIFImageEditorController::describedEntry(
     const std::string& identifier) const
 {
-    // Asking makes the entry's effects set the current one; the lists need their tab's.
-    auto entry = plugin::describeEntry(*_CIFPlugInInstance, identifier);
-    _CIFPlugInInstance->CIFSetEffectsSet(selectedTab() == QLatin1String("generators") ? Generators
-                                                                                      : Filters);
-    return entry;
+    return plugin::describeEntry(bothCatalogues(), identifier);
 }
 
 void CIFImageEditorController::bindFilterRow(std::size_t row, const Parameter& p)

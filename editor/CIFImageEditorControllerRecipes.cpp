@@ -187,16 +187,21 @@ foundation::Result<plugin::PreparedStep> CIFImageEditorController::checkedStep(
     return *std::move(prepared);
 }
 
-// Of either catalogue. Asked of another object than the lists ask, whose effects set is theirs.
+CIFMain& CIFImageEditorController::bothCatalogues() const
+{
+    if (!_bothCatalogues)
+        _bothCatalogues = std::make_unique<CIFMain>();
+    return *_bothCatalogues;
+}
+
 foundation::DictionaryRef CIFImageEditorController::descriptorOf(
     const std::string& identifier) const
 {
     if (!_CIFPlugInInstance)
         return nullptr;
-    if (!_bothCatalogues)
-        _bothCatalogues = std::make_unique<CIFMain>();
-    _bothCatalogues->CIFSetEffectsSet(plugin::isGeneratorName(identifier) ? Generators : Filters);
-    return _bothCatalogues->CIFDescriptorForFilterNameWithGroups(identifier);
+    CIFMain& plugIn = bothCatalogues();
+    plugIn.CIFSetEffectsSet(plugin::isGeneratorName(identifier) ? Generators : Filters);
+    return plugIn.CIFDescriptorForFilterNameWithGroups(identifier);
 }
 
 Status CIFImageEditorController::takeStep(const RecipeStep& step)
