@@ -253,7 +253,10 @@ void CIFImageEditorController::wantResult(const editor::Effect& effect)
         return;
     }
     CIFImageEditorView* view = pictureView();
-    if (view && (!view->picture() || view->picture()->size() != effect.picture->size())) {
+    const bool showsResultOfBase =
+        view && _shown && _shown->picture == effect.picture && view->picture() == _shownResult;
+    if (view && !showsResultOfBase &&
+        (!view->picture() || view->picture()->size() != effect.picture->size())) {
         // Parts of the result are shown over a picture of its size.
         view->setPicture(effect.picture);
         fitScaleToPicture();

@@ -336,6 +336,18 @@ TEST_F(EditorRun, FitsTheZoomToThePictureAndKeepsWhatThePersonSets)
         EXPECT_FLOAT_EQ(view().getScaleFactor(), static_cast<float>(wheeled));
         accept();
     }));
+
+    // Two pixels to a point: results have another size than the picture, but the same each time.
+    const auto dense = drawing::Picture::fromBitmap(pixelsOf(photo()), Size{48, 32});
+    EXPECT_TRUE(edit(dense, [&] {
+        choose("CIColorInvert");
+        view().setScaleFactor(5);
+        controller.chooseEntry("CIFSobel");
+        EXPECT_EQ(view().getScaleFactor(), 5);
+        waitForResult();
+        EXPECT_EQ(view().getScaleFactor(), 5);
+        accept();
+    }));
 }
 
 TEST_F(EditorRun, GeneratesAnewAndBack)
