@@ -122,7 +122,6 @@ void CIFImageEditorController::setParameterState(const ParameterState& state)
     }
     _CIFGroupName = state.group;
     _CIFAttributes = state.attributes;
-    _point1 = state.center;
     updateControls();
     applyCurrentFilter();
     _isRestoring = wasRestoring;
@@ -159,6 +158,8 @@ void CIFImageEditorController::endChange()
 // The view tells of a centre by applying the entry anew.
 void CIFImageEditorController::centerMayHaveMoved()
 {
+    if (const CIFImageEditorView* view = pictureView())
+        setCenterPoint(view->pickPoint());
     if (_point1 != _knownState.center && _CIFFilterName == _knownState.identifier &&
         entryHasInput("inputCenter"))
         parameterDidChange("inputCenter", editor::localizedString("Move Center"));

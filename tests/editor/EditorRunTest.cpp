@@ -130,6 +130,11 @@ TEST_F(EditorRun, HandsBackTheEffectThatIsShown)
         handed = controller.attributes();
         clickAtQuarter();
         controller.applyCurrentFilter();
+        // Beside the picture it is the border that is meant, in the record too.
+        view().mouseDown({24, -30});
+        view().mouseUp();
+        EXPECT_EQ(controller.attributes()["CIFinputCenter"].get<Point>()->y, 0);
+        clickAtQuarter();
         accept();
         EXPECT_EQ(controller.runner().counters().results, results);
     }));
