@@ -117,7 +117,9 @@ void CIFImageEditorController::setParameterState(const ParameterState& state)
     if (CIFImageEditorView* view = pictureView())
         view->setPickPoint(state.center);
     if (state.identifier != _CIFFilterName) {
-        _filtersAttrData.set(state.identifier, state.attributes);
+        // Under "Crop" lies the selection.
+        if (state.identifier != "Crop")
+            _filtersAttrData.set(state.identifier, state.attributes);
         chooseEntry(state.identifier);
     }
     _CIFGroupName = state.group;

@@ -754,6 +754,10 @@ TEST_F(ParameterControls, CropOnlySelectsAndReturnAccepts)
         choose("CIHueAdjust");
         choose("Crop");
         EXPECT_TRUE(controller.isSelected());
+        ASSERT_TRUE(controller.takeStep({"CIColorInvert", {}, {}, true}));
+        controller.undoButton();
+        choose("CIHueAdjust");
+        choose("Crop");
         EXPECT_EQ(controller.getSelectedRect(), (foundation::Rect{10, 10, 30, 20}));
         QTest::keyClick(&window(), Qt::Key_Return);
         EXPECT_EQ(accepts.count(), 1);
