@@ -97,7 +97,7 @@ public:
 
     BaseStep(CIFImageEditorController& controller, Kind kind, Base base)
         : _controller(controller), _kind(kind), _before{controller._picture, controller._record},
-          _now(std::move(base))
+          _now(std::move(base)), _applied(controller.parameterState())
     {
     }
     void redo() override { makeBase(_now, _kind == Kind::Applied); }
@@ -114,12 +114,14 @@ private:
         else if (_kind == Kind::Resized)
             _controller.baseDidChangeSize();
         else
-            _controller.applyCurrentFilter();
+            // Another entry may have been chosen since.
+            _controller.setParameterState(_applied);
     }
 
     CIFImageEditorController& _controller;
     Kind _kind;
     Base _before, _now;
+    ParameterState _applied;
 };
 
 // Everything that belongs to the old base picture goes with it.
@@ -404,6 +406,11 @@ void CIFImageEditorController::generateWithSeed(std::uint32_t seed)
 void CIFImageEditorController::restoreAttributes(const std::string& identifier,
                                                  const Dictionary& attributes)
 {
+    if (identifier != _CIFFilterName) {
+        const bool wasRestoring = std::exchange(_isRestoring, true);
+        chooseEntry(identifier);
+        _isRestoring = wasRestoring;
+    }
     if (identifier == _CIFFilterName)
         _CIFAttributes = attributes;
 }

@@ -35,8 +35,7 @@ public:
     virtual void applyFilterWithAttributes(const std::string& identifier,
                                            const foundation::Dictionary& attributes) = 0;
     virtual void updateUndoRedoButtons() = 0;
-    // Undoing also brings back the values that the picture was made of, if the entry is still the
-    // current one.
+    // Undoing also brings back the entry and the values that the picture was made of.
     virtual void restoreAttributes(const std::string& identifier,
                                    const foundation::Dictionary& attributes) = 0;
 };

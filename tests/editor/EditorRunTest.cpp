@@ -395,6 +395,14 @@ TEST_F(EditorRun, GeneratesAnewAndBack)
         controller.redoButton();
         waitForResult();
         EXPECT_EQ(controller.attributes().intValue("GLIFRandomSeed", -1), 77);
+        // From the other list, too.
+        choose("CITwirlDistortion");
+        controller.undoButton();
+        waitForResult();
+        EXPECT_EQ(controller.filterName(), "GLIF_Plasma");
+        EXPECT_TRUE(same(controller.outputImage(), first));
+        controller.redoButton();
+        waitForResult();
         const int results = controller.runner().counters().results;
         accept();
         EXPECT_EQ(controller.runner().counters().results, results);
@@ -434,6 +442,13 @@ TEST_F(EditorRun, AppliesOnTopOfWhatIsShown)
         EXPECT_FALSE(controller.isWaiting());
         EXPECT_EQ(controller.runner().counters().results, results);
 
+        choose("CIFSobel");
+        // What was applied is what comes back, with the entry that it was.
+        click(parts()._undoButton);
+        waitForResult();
+        EXPECT_EQ(controller.filterName(), "CIColorInvert");
+        EXPECT_TRUE(same(controller.outputImage(), inverted));
+        click(parts()._redoButton);
         choose("CIFSobel");
         accept();
     }));
