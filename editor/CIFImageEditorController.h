@@ -279,7 +279,7 @@ public:
     // Chooses the step's entry and takes its values and seed, what it does not set being as at the
     // start: one step of undo. Nothing changes when it is not valid; the error is for the user.
     foundation::Status takeStep(const plugin::RecipeStep& step);
-    // What was applied since the last generator, and the current step.
+    // What was applied since the last generator, and the current step on top of it.
     plugin::Recipe currentRecipe() const;
     // Takes the steps one after another, each applied to what the one before has made. Nothing
     // changes when one of them is not valid.

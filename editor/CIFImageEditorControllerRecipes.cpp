@@ -286,7 +286,9 @@ plugin::Recipe CIFImageEditorController::currentRecipe() const
     for (const plugin::EditRecord::Step& step : _record.steps)
         if (step.applied)
             add(*step.applied);
-    if (const auto step = currentStep())
-        add(*step);
+    // Right after it was applied, the picture has nothing more on it.
+    if (_wanted || _stopped || _outputImage != _picture)
+        if (const auto step = currentStep())
+            add(*step);
     return recipe;
 }

@@ -361,9 +361,9 @@ void Commands::update()
     };
     action("undo")->setText(named(localizedString("&Undo"), steps.undoText()));
     action("redo")->setText(named(localizedString("&Redo"), steps.redoText()));
-    for (const char* name : {"reset", "copyRecipe", "savePreset"})
+    for (const char* name : {"reset", "savePreset", "apply"})
         enable(name, isApplied);
-    enable("apply", isApplied);
+    enable("copyRecipe", isApplied || !_controller.currentRecipe().empty());
     enable("generate", isGenerator);
     enable("favourite", isEntry);
     // One that waits to close can be stopped, too.

@@ -240,6 +240,8 @@ TEST_F(EditorCommands, RecipesTravelByTheClipboard)
         waitForResult();
         action("apply").trigger();
         waitForResult();
+        action("copyRecipe").trigger();
+        EXPECT_EQ(clipboard(), "CIExposureAdjust inputEV=0.5\n");
         choose("CIFSobel");
         action("copyRecipe").trigger();
         recipe = clipboard();
