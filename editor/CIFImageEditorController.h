@@ -495,6 +495,7 @@ private:
     std::optional<editor::Effect> _stopped; // was waited for until it was stopped
     std::optional<editor::Effect> _shown;   // the last whose result arrived, which is
     PictureRef _shownResult;
+    std::optional<plugin::RecipeStep> _shownStep; // that makes it
     std::deque<std::function<void()>> _whenResultIsThere;
     bool _isHeld = false;
     std::vector<QPointer<QObject>> _held; // what is enabled again after it

@@ -196,20 +196,23 @@ void CIFImageEditorController::applyFilterWithAttributes(const std::string& iden
     const auto takes = [&](const char* key) { return description && description->contains(key); };
     if (takes("inputCenter"))
         _CIFAttributes.set("CIFinputCenter", _point1);
+    const auto lacks = [this](const PictureRef& picture, const char* line) {
+        if (picture)
+            return false;
+        foundation::log(line);
+        showStatus(editor::localizedString("The effect lacks a picture that it needs"));
+        return true;
+    };
     if (takes("inputTexture")) {
         const PictureRef texture = textureImage();
-        if (!texture) {
-            foundation::log("can't locate glass texture");
+        if (lacks(texture, "can't locate glass texture"))
             return;
-        }
         _CIFAttributes.set("CIFinputTexture", texture);
     }
     if (takes("inputShadingImage")) {
         const PictureRef material = shadedMaterialImage();
-        if (!material) {
-            foundation::log("can't locate shading material");
+        if (lacks(material, "can't locate shading material"))
             return;
-        }
         _CIFAttributes.set("CIFinputShadingImage", material);
     }
     _CIFAttributes.set("GLIFRandomSeed", _randomSeed);
@@ -244,6 +247,7 @@ void CIFImageEditorController::wantResult(const editor::Effect& effect)
     if (_shown == effect) {
         if (std::exchange(_wanted, std::nullopt))
             _runner->stop();
+        _shownStep = currentStep();
         showResult(_shownResult);
         return;
     }
@@ -290,6 +294,7 @@ void CIFImageEditorController::resultDidArrive(const editor::Effect& effect,
     _wanted.reset();
     _shown = effect;
     _shownResult = result ? result : effect.picture;
+    _shownStep = currentStep();
     showResult(_shownResult);
 }
 
@@ -353,9 +358,8 @@ void CIFImageEditorController::runnerDidStop()
 plugin::EditRecord CIFImageEditorController::recordWithCurrentStep() const
 {
     plugin::EditRecord record = _record;
-    if (_outputImage && _outputImage != _picture)
-        if (auto step = currentStep())
-            addStep(record, *std::move(step), _outputImage->size());
+    if (_outputImage && _outputImage != _picture && _shownStep)
+        addStep(record, *_shownStep, _outputImage->size());
     return record;
 }
 

@@ -733,6 +733,8 @@ TEST_F(EditorRun, SaysWhatIsMissing)
         EXPECT_THAT(log.lines,
                     ElementsAre("can't locate glass texture", "can't locate shading material"));
         EXPECT_EQ(view().picture(), shown);
+        EXPECT_FALSE(parts()._statusLabel->text().isEmpty());
+        EXPECT_EQ(controller.record().steps.at(0).applied->identifier, "CIColorInvert");
         EXPECT_EQ(parts()._texturePopUpButton10->count(), 1); // "Other..."
         EXPECT_EQ(parts()._texturePopUpButton20->count(), 0);
         accept();
