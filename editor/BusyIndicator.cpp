@@ -72,7 +72,7 @@ void BusyIndicator::stop()
 {
     if (!_controller.runner().isBusy())
         return;
-    _controller.runner().stop();
+    _controller.stopResult();
     _controller.showStatus(localizedString("Stopped: the last change is not shown"));
 }
 

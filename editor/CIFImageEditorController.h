@@ -153,6 +153,8 @@ public:
     // Does something as soon as no result is being waited for: at once, or when it has arrived. One
     // that was stopped is begun again; what still waits when a result is stopped is not done.
     void whenResultIsThere(std::function<void()> action);
+    // Gives the result up that is on its way. What is shown stays, and can be accepted.
+    void stopResult();
     // Off, the original is shown and nothing is rendered until a result is needed.
     void setPreviewOn(bool on);
     bool isPreviewOn() const { return _isPreviewOn; }

@@ -338,6 +338,12 @@ void CIFImageEditorController::performWaiting()
     }
 }
 
+void CIFImageEditorController::stopResult()
+{
+    _runner->stop();
+    runnerDidStop();
+}
+
 // The runner rests without the result: the user has stopped it.
 void CIFImageEditorController::runnerDidStop()
 {

@@ -247,8 +247,8 @@ TEST_F(EditorRun, AStoppedResultIsBegunAgainWhenItIsAccepted)
     EXPECT_TRUE(edit(gated, [&] {
         controller.chooseEntry("CIColorInvert");
         accept();
-        controller.runner().stop();
-        waitForResult();
+        click(parts()._stopButton);
+        EXPECT_FALSE(controller.isWaiting());
         EXPECT_TRUE(window().isVisible());
         EXPECT_TRUE(parts()._tableView->isEnabled());
         EXPECT_EQ(controller.outputImage(), gated);
