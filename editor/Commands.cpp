@@ -3,6 +3,7 @@
 #include "editor/BusyIndicator.h"
 #include "editor/CIFImageEditorController.h"
 #include "editor/CIFImageEditorView.h"
+#include "editor/DecimalControl.h"
 #include "editor/Forms.h"
 #include "editor/PictureDrop.h"
 #include "editor/Preferences.h"
@@ -147,7 +148,10 @@ QAction* Commands::add(QMenu& menu, const char* name, const QString& text,
     item->setShortcuts(keys);
     // In one window or another, never in the host's.
     item->setShortcutContext(Qt::WindowShortcut);
-    connect(item, &QAction::triggered, this, std::move(command));
+    connect(item, &QAction::triggered, this, [this, command = std::move(command)] {
+        endTyping();
+        command();
+    });
     // Also while the menu bar is hidden.
     _window.addAction(item);
     return item;
@@ -308,6 +312,16 @@ void Commands::connectSeedField()
     connect(field, &QLineEdit::returnPressed, this, &Commands::takeSeed);
     // What was typed and not confirmed goes.
     connect(field, &QLineEdit::editingFinished, this, &Commands::showSeed);
+}
+
+// The keys of a command leave the focus where it is: what was typed there counts as when it leaves.
+void Commands::endTyping()
+{
+    QWidget* focused = QApplication::focusWidget();
+    if (auto* field = qobject_cast<NumberField*>(focused))
+        field->commit();
+    else if (focused && focused == _controller.outlets()._seedField)
+        showSeed();
 }
 
 void Commands::takeSeed()
@@ -643,7 +657,9 @@ bool Commands::isUndoOfTyping(QEvent& event) const
     auto* field = qobject_cast<QLineEdit*>(focused);
     if (auto* spinBox = qobject_cast<QAbstractSpinBox*>(focused))
         field = spinBox->findChild<QLineEdit*>();
-    return field && (undo ? field->isUndoAvailable() : field->isRedoAvailable());
+    // What was confirmed is no typing any more.
+    return field &&
+           (undo ? field->isModified() && field->isUndoAvailable() : field->isRedoAvailable());
 }
 
 // True when the event was for comparing.

@@ -74,6 +74,7 @@ private:
     void showOriginal();
     void zoomBy(double factor);
     void zoomTo(float scale);
+    void endTyping();
     void showSeed();
     void takeSeed();
     bool isUndoOfTyping(QEvent& event) const;

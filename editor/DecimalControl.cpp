@@ -443,8 +443,9 @@ bool NumberField::event(QEvent* event)
     }
     if (event->type() == QEvent::ShortcutOverride) {
         const auto* key = static_cast<QKeyEvent*>(event);
+        const bool isPlain = (key->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
         // Keys that mean the window's buttons elsewhere.
-        if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter ||
+        if ((isPlain && (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter)) ||
             (key->key() == Qt::Key_Escape && lineEdit()->isModified())) {
             event->accept();
             return true;

@@ -113,6 +113,8 @@ public:
     using DecimalControl::setRange;
     // What stands in the field is a number outside the range.
     bool isOutOfRange() const { return _isOutOfRange; }
+    // Takes what was typed, as Return does.
+    void commit();
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
@@ -135,7 +137,6 @@ protected:
 
 private:
     QString rangeText() const;
-    void commit();
     void checkRange();
     void showFeedback();
 

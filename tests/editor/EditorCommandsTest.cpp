@@ -542,6 +542,23 @@ TEST_F(EditorCommands, UndoInAFieldUndoesTheTyping)
     edit(photo(), [&] {
         window().activateWindow();
         choose("CIExposureAdjust");
+        // Typed counts as taken for a command, and is the window's to undo once it is confirmed.
+        auto& number = part<editor::NumberField>("_textField1");
+        number.setFocus();
+        number.selectAll();
+        QTest::keyClicks(&number, "0.25");
+        press(action("copyRecipe").shortcut(), &number);
+        EXPECT_EQ(clipboard(), "CIExposureAdjust inputEV=0.25\n");
+        press(QKeySequence(Qt::CTRL | Qt::Key_Z), &number);
+        EXPECT_EQ(number.doubleValue(), 1.3f);
+        number.selectAll();
+        QTest::keyClicks(&number, "0.75");
+        press(action("apply").shortcut(), &number);
+        waitForResult();
+        EXPECT_EQ(controller.record().steps.at(0).applied->set[0].second, "0.75");
+        controller.undoButton();
+        controller.undoButton();
+
         setSlider("_slider1", 0.5);
         QLineEdit& field = *parts()._searchField;
         field.setFocus();
