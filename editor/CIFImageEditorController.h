@@ -23,7 +23,6 @@
 #include <QPointer>
 #include <QStringList>
 
-#include <array>
 #include <deque>
 #include <functional>
 #include <map>
@@ -239,9 +238,6 @@ public:
     PictureRef textureImage();
     PictureRef brushImage();
     PictureRef shadedMaterialImage();
-    // sortShadingMateriaNames (sic) — −1 when a comes before b. Knowingly not symmetric: a pair
-    // with "Sand" is always in order.
-    static int sortShadingMateriaNames(const std::string& a, const std::string& b);
 
     // Reset: every value of the current entry, or one, becomes what it starts with when the entry
     // is chosen for the first time.
@@ -361,7 +357,7 @@ private:
     void takeStepsFrom(const plugin::Recipe& recipe, std::size_t first);
 
     void runDidEnd();
-    void fillMenu(QComboBox* menu, const std::vector<std::string>& names, bool isLocalized,
+    void fillMenu(QComboBox* menu, const std::vector<std::string>& names, bool isLibrary,
                   bool hasOther);
     void showScale(double sliderValue);
     void sightDidChange();
@@ -437,13 +433,12 @@ private:
     editor::CatalogueModel* _GLIFTableModel = nullptr;
 
     PictureRef _picture;
-    bool isNamedImage = true;
     PictureRef _outputImage;
     PictureRef _textureImage, _customTextureImage, _customBrushImage, _shadedMaterialImage;
     QString _customTextureFile, _customBrushFile; // where they came from
     std::int32_t _editMode = 0;
     std::int32_t _pointingMode = 0;
-    Point _point1, _point2;
+    Point _point1;
 
     using Controls = std::vector<editor::DecimalControl*>;
     using Labels = std::vector<QLabel*>;

@@ -2,12 +2,10 @@
 #include "plugin/StartingValues.h"
 
 #include "platform/drawing/Picture.h"
+#include "plugin/ResourceLibrary.h"
 
 #include <algorithm>
 #include <utility>
-
-// The library's exported comparison: below, at or above 0.
-extern "C" int sortShadingMateriaNames(const char* a, const char* b, void* context) noexcept; // sic
 
 namespace plugin {
 
@@ -216,19 +214,6 @@ void describeGenerator(Entry& entry, const std::vector<std::string>& keys,
         understand("GLIFBrush", ValueKind::Brush);
 }
 
-// Stable, and each name meets its neighbours in list order: the comparison is not symmetric, so the
-// order of the questions decides the result.
-void sortAsInMenu(std::vector<std::string>& names)
-{
-    for (std::size_t i = 1; i < names.size(); ++i) {
-        for (std::size_t j = i; j > 0; --j) {
-            if (sortShadingMateriaNames(names[j - 1].c_str(), names[j].c_str(), nullptr) <= 0)
-                break;
-            std::swap(names[j - 1], names[j]);
-        }
-    }
-}
-
 } // namespace
 
 void Range::widenTo(double value)
@@ -293,7 +278,7 @@ std::vector<std::string> libraryNames(const CIFMain& main, ValueKind kind)
     if (!names)
         return {};
     if (kind == ValueKind::ShadingMaterial)
-        sortAsInMenu(*names);
+        names = sortedShadingMaterialNames(*std::move(names));
     return *std::move(names);
 }
 
