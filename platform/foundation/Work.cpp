@@ -25,14 +25,7 @@ public:
         return false;
     }
 
-    // The work whose function hears of this one's progress.
-    Work* heard()
-    {
-        Work* work = this;
-        while (work && !work->_progress)
-            work = work->_outer;
-        return work;
-    }
+    bool hears() const { return static_cast<bool>(_progress); }
 
     void report(double fraction)
     {
@@ -59,9 +52,13 @@ namespace {
 
 constinit thread_local Work* current = nullptr;
 
+// The innermost work with a function for progress, unless that is another thread's.
 Work* heardWork()
 {
-    return current && current->isOfThisThread() ? current->heard() : nullptr;
+    Work* work = current;
+    while (work && !work->hears())
+        work = work->outer();
+    return work && work->isOfThisThread() ? work : nullptr;
 }
 
 } // namespace

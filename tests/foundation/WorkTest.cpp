@@ -51,6 +51,7 @@ TEST(Work, IsStoppedOnItsOwnThreadAndThoseThatHelp)
         EXPECT_NO_THROW(checkpoint());
         {
             const WorkShare share(work);
+            const WorkScope within({});
             EXPECT_THROW(checkpoint(), Stopped);
             reportProgress(0.5);
         }
