@@ -21,13 +21,14 @@ struct Columns {
     float ofFirst, ofLast; // how much of the outermost
 };
 
-std::vector<Columns> columnsOf(const PixelRect& rect, double scale)
+// None of them from `end` on, where roundings may lead.
+std::vector<Columns> columnsOf(const PixelRect& rect, double scale, int end)
 {
     std::vector<Columns> columns(static_cast<std::size_t>(rect.width));
     for (int i = 0; i < rect.width; ++i) {
         const double low = (rect.x + i) / scale, high = (rect.x + i + 1.0) / scale;
         const int first = static_cast<int>(std::floor(low));
-        const int last = std::max(first, static_cast<int>(std::ceil(high)) - 1);
+        const int last = std::max(first, std::min(static_cast<int>(std::ceil(high)), end) - 1);
         const double all = high - low;
         columns[static_cast<std::size_t>(i)] =
             first == last ? Columns{first, last, 1, 0}
@@ -88,7 +89,7 @@ std::shared_ptr<Bitmap> renderReduced(const Image& image, const PixelRect& rect,
     const EvaluatorRef evaluator = context.evaluator(image, region);
     if (!evaluator || context.stopped())
         return nullptr;
-    const std::vector<Columns> columns = columnsOf(rect, scaleX);
+    const std::vector<Columns> columns = columnsOf(rect, scaleX, region.right);
 
     std::atomic<bool> isShort = false;
     parallelRows(0, rect.height, 4, options.threaded, [&](int firstRow, int lastRow) {
