@@ -1,6 +1,7 @@
 // Separable resampling, a few rows of premultiplied floats at a time.
 #include "platform/drawing/Scaling.h"
 
+#include "platform/foundation/Work.h"
 #include "platform/imaging/BufferPool.h"
 
 #include <algorithm>
@@ -171,6 +172,7 @@ imaging::BitmapRef resampled(const Bitmap& source, int width, int height, const 
         return across[slot];
     };
     for (int y = 0; y < height; ++y) {
+        foundation::checkpoint();
         const Axis::Taps& taps = vertical[y];
         const float* weight = vertical.weights(taps);
         for (int i = 0; i < taps.count; ++i) {
