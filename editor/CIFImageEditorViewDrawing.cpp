@@ -2,6 +2,8 @@
 #include "editor/CIFImageEditorView.h"
 
 #include "editor/Shared.h"
+#include "platform/foundation/Log.h"
+#include "platform/foundation/Work.h"
 
 #include <QPaintEngine>
 #include <QPaintEvent>
@@ -11,7 +13,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <mutex>
+#include <string>
+#include <string_view>
 #include <utility>
 
 using foundation::PictureRef;
@@ -22,10 +27,14 @@ constexpr double kSelectionBorder = 1.5, kFrameLine = 1; // screen lengths
 constexpr int kCheckerSide = 8;
 constexpr std::size_t kMostPartsShown = 12;
 
-// Two, so that pixels that take long hold up no others.
+// Two, so that pixels that take long hold up no others. The application waits for them when it
+// goes.
 class Workers : public QThreadPool {
 public:
     Workers() { setMaxThreadCount(2); }
+    ~Workers() override { stop.request_stop(); }
+
+    std::stop_source stop;
 };
 
 // The pixels that the painter itself draws to, where these are a window's in memory: copying a
@@ -59,12 +68,14 @@ struct CIFImageEditorView::Relay {
     std::mutex lock;
     CIFImageEditorView* view = nullptr;
 
-    void pixelsDidArrive()
+    // To be done on the view's thread.
+    void post(std::function<void(CIFImageEditorView&)> action)
     {
         const std::lock_guard held(lock);
         if (view)
             QMetaObject::invokeMethod(
-                view, [view = view] { view->pixelsDidArrive(); }, Qt::QueuedConnection);
+                view, [view = view, action = std::move(action)] { action(*view); },
+                Qt::QueuedConnection);
     }
 };
 
@@ -208,10 +219,17 @@ void CIFImageEditorView::startBuilding(const Layer& layer)
 {
     if (std::exchange(layer.pixels->begun, true))
         return;
-    editor::sharedInstance<Workers>().start(
-        [pyramid = layer.pixels->pyramid, relay = _relay, stop = layer.pixels->stop.get_token()] {
-            pyramid->build(stop, [&relay] { relay->pixelsDidArrive(); });
+    Workers& workers = editor::sharedInstance<Workers>();
+    workers.start([pyramid = layer.pixels->pyramid, relay = _relay,
+                   stop = layer.pixels->stop.get_token(), end = workers.stop.get_token()] {
+        const foundation::WorkScope untilTheEnd(end);
+        // The host's sink is not for other threads.
+        foundation::setLogSinkOfThread([&relay](std::string_view line) {
+            relay->post([line = std::string(line)](auto&) { foundation::log(line); });
         });
+        pyramid->build(stop, [&relay] { relay->post(&CIFImageEditorView::pixelsDidArrive); });
+        foundation::setLogSinkOfThread({});
+    });
 }
 
 void CIFImageEditorView::pixelsDidArrive()

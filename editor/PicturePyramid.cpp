@@ -1,12 +1,13 @@
 // Halves a picture again and again.
 #include "editor/PicturePyramid.h"
 
+#include "platform/foundation/Work.h"
 #include "platform/imaging/Image.h"
 #include "platform/imaging/Parallel.h"
 #include "platform/imaging/Renderer.h"
 
 #include <algorithm>
-#include <new>
+#include <exception>
 #include <utility>
 
 namespace editor {
@@ -70,6 +71,10 @@ PicturePyramid::PicturePyramid(foundation::PictureRef picture) : _picture(std::m
 PicturePyramid::PicturePyramid(BitmapRef pixels)
 {
     setBase(inBytes(std::move(pixels)));
+    if (_base) {
+        _width = _base->width();
+        _height = _base->height();
+    }
 }
 
 void PicturePyramid::setBase(const BitmapRef& pixels)
@@ -77,9 +82,8 @@ void PicturePyramid::setBase(const BitmapRef& pixels)
     if (!pixels)
         return;
     _base = pixels;
-    _width = pixels->width();
-    _height = pixels->height();
-    publish({pixels->rowAs<std::uint32_t>(0), pixels->bytesPerRow() / 4, _width, _height, false});
+    publish({pixels->rowAs<std::uint32_t>(0), pixels->bytesPerRow() / 4, pixels->width(),
+             pixels->height(), false});
 }
 
 void PicturePyramid::publish(const PixelRows& level)
@@ -91,37 +95,46 @@ void PicturePyramid::publish(const PixelRows& level)
 
 void PicturePyramid::build(const std::stop_token& stop, const std::function<void()>& progress)
 {
-    if (!_base && _picture && !stop.stop_requested())
-        setBase(inBytes(_picture->bitmap()));
-    if (_base && !stop.stop_requested()) {
-        progress();
-        _opaque.store(_base->computeIsOpaque(), std::memory_order_release);
-    }
-    while (_base && !stop.stop_requested() && levels() < int(kMaximumLevels)) {
-        const PixelRows full = level(levels() - 1);
-        if (full.width <= kSmallestSide && full.height <= kSmallestSide)
-            break;
-        const int width = (full.width + 1) / 2, height = (full.height + 1) / 2;
-        const auto index = static_cast<std::size_t>(levels());
-        _made[index].reset(new (std::nothrow) std::uint32_t[std::size_t(width) * height]);
-        if (!_made[index])
-            break;
-        std::uint32_t* out = _made[index].get();
-        const bool premultiply = !full.premultiplied && !isOpaque();
-        imaging::parallelRows(0, height, 32, [&](int first, int last) {
-            for (int y = first; y < last && !stop.stop_requested(); ++y)
-                (premultiply ? halveRow<true>
-                             : halveRow<false>)(full.row(2 * y),
-                                                full.row(std::min(2 * y + 1, full.height - 1)),
-                                                full.width, out + std::ptrdiff_t(y) * width);
-        });
-        if (stop.stop_requested())
-            break;
-        publish({out, width, width, height, true});
-        progress();
+    try {
+        // Around the making of the picture's pixels too.
+        const foundation::WorkScope scope(stop);
+        foundation::checkpoint();
+        if (!_base && _picture)
+            setBase(inBytes(_picture->bitmap()));
+        if (_base) {
+            progress();
+            _opaque.store(_base->computeIsOpaque(), std::memory_order_release);
+            while (halve())
+                progress();
+        }
+    } catch (const foundation::Stopped&) {
+    } catch (const std::exception&) {
+        // Memory is short. What is there is shown.
     }
     _complete.store(true, std::memory_order_release);
     progress();
+}
+
+// False when there is no smaller level to make.
+bool PicturePyramid::halve()
+{
+    const PixelRows full = level(levels() - 1);
+    const auto index = static_cast<std::size_t>(levels());
+    if (index == kMaximumLevels || (full.width <= kSmallestSide && full.height <= kSmallestSide))
+        return false;
+    const int width = (full.width + 1) / 2, height = (full.height + 1) / 2;
+    _made[index].reset(new std::uint32_t[std::size_t(width) * height]);
+    std::uint32_t* const out = _made[index].get();
+    const bool premultiply = !full.premultiplied && !isOpaque();
+    imaging::parallelRows(0, height, 32, [&](int first, int last) {
+        for (int y = first; y < last; ++y)
+            (premultiply ? halveRow<true>
+                         : halveRow<false>)(full.row(2 * y),
+                                            full.row(std::min(2 * y + 1, full.height - 1)),
+                                            full.width, out + std::ptrdiff_t(y) * width);
+    });
+    publish({out, width, width, height, true});
+    return true;
 }
 
 } // namespace editor

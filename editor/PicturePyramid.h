@@ -65,6 +65,7 @@ public:
 private:
     void publish(const PixelRows& level);
     void setBase(const imaging::BitmapRef& pixels);
+    bool halve();
 
     foundation::PictureRef _picture;
     imaging::BitmapRef _base;
