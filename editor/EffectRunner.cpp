@@ -370,7 +370,7 @@ struct EffectRunner::Worker {
 
     explicit Worker(EffectRunner& owner) : runner(owner) {}
 
-    // --- The window's thread ---
+    // Of the window's thread.
 
     EffectRunner& runner;
     std::optional<Effect> wanted; // its result has not been delivered
@@ -392,7 +392,7 @@ struct EffectRunner::Worker {
     void deliver(const Delivery& delivery);
     void stopOlder();
 
-    // --- Both, under the lock ---
+    // Of both, under the lock.
 
     std::mutex lock;
     std::condition_variable_any posted; // for the effect thread
@@ -417,7 +417,7 @@ struct EffectRunner::Worker {
     bool needsPart() const;
     bool stopIfOlder();
 
-    // --- The effect thread ---
+    // Of the effect thread.
 
     std::optional<Studio> studio{std::in_place};
     // How long the last whole result took.
@@ -452,7 +452,7 @@ struct EffectRunner::Worker {
     std::jthread thread; // last: it uses everything above
 };
 
-// --- The window's thread ---
+// Of the window's thread.
 
 void EffectRunner::Worker::run(const Effect& effect)
 {
@@ -634,7 +634,7 @@ void EffectRunner::Worker::deliver(const Delivery& delivery)
     }
 }
 
-// --- Both ---
+// Under the lock.
 
 // What is in sight of the current job's result has not been handed over.
 bool EffectRunner::Worker::needsPart() const
@@ -648,7 +648,7 @@ bool EffectRunner::Worker::needsPart() const
     return !(contains(shown.rect, visible) && sight.density <= shown.density * (1 + kRounding));
 }
 
-// --- The effect thread ---
+// Of the effect thread.
 
 void EffectRunner::Worker::live(const std::stop_token& end)
 {
@@ -894,20 +894,17 @@ bool EffectRunner::Worker::rests(const Job& job)
     return !isOlder(job);
 }
 
-// --- The runner ---
-
-// Ends the threads of runners that are still there when the process exits: what they use goes then.
+// Ends the threads of this thread's runners that are still there when it ends. Where the process
+// exits, that is before anything goes that they use, whenever it was made.
 class EffectRunner::LiveWorkers {
 public:
-    // To be called first when what the threads use is there already: it goes before that.
-    static LiveWorkers& shared()
+    static LiveWorkers& ofThread()
     {
-        static LiveWorkers all;
+        static thread_local LiveWorkers all;
         return all;
     }
     void add(const std::shared_ptr<Worker>& worker)
     {
-        const std::lock_guard guard(_lock);
         std::erase_if(_workers, [](const auto& w) { return w.expired(); });
         _workers.push_back(worker);
     }
@@ -920,14 +917,13 @@ public:
     }
 
 private:
-    std::mutex _lock;
     std::vector<std::weak_ptr<Worker>> _workers;
 };
 
 EffectRunner::EffectRunner(QObject* parent)
     : QObject(parent), _worker(std::make_shared<Worker>(*this))
 {
-    LiveWorkers::shared().add(_worker);
+    LiveWorkers::ofThread().add(_worker);
     _worker->thread =
         std::jthread([worker = _worker.get()](const std::stop_token& end) { worker->live(end); });
 }
