@@ -185,11 +185,8 @@ int childOf(const CCColorSlider& slider, Mark mark)
 
 void announceColorSliders()
 {
-    static const bool done = [] {
-        QAccessible::installFactory(makeInterface);
-        return true;
-    }();
-    static_cast<void>(done);
+    // Again for every application: with one go the factories. Installing it twice does nothing.
+    QAccessible::installFactory(makeInterface);
 }
 
 void announceValue(CCColorSlider& slider, Mark mark)
