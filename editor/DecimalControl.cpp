@@ -221,7 +221,7 @@ void ParameterSlider::mouseDoubleClickEvent(QMouseEvent* event)
     if (event->button() == Qt::LeftButton && resetAction)
         resetAction(*this);
     else
-        QSlider::mousePressEvent(event);
+        mousePressEvent(event);
 }
 
 void ParameterSlider::keyPressEvent(QKeyEvent* event)
@@ -333,18 +333,26 @@ void NumberField::commit()
 
 namespace {
 
-// Either of point and comma is the decimal point: number pads have the one, hands are used to the
+// Point and comma are the decimal point everywhere: number pads have the one, hands are used to the
 // other.
 QString inNotation(QString text, const QLocale& notation)
 {
     const QString point = notation.decimalPoint();
-    return text.replace(point == u"," ? u'.' : u',', point);
+    return text.replace(u'.', point).replace(u',', point);
+}
+
+// Without spaces around it and the marks that keep a sign on its side where text runs leftwards,
+// which the toolkit writes and does not read.
+QString bare(QString text)
+{
+    text.removeIf([](QChar c) { return c.category() == QChar::Other_Format; });
+    return text.trimmed();
 }
 
 std::optional<double> numberIn(const QString& text, const QLocale& notation)
 {
     bool isNumber = false;
-    const double number = notation.toDouble(inNotation(text.trimmed(), notation), &isNumber);
+    const double number = notation.toDouble(inNotation(bare(text), notation), &isNumber);
     return isNumber && std::isfinite(number) ? std::optional(number) : std::nullopt;
 }
 
@@ -354,7 +362,7 @@ QValidator::State NumberField::validate(QString& text, int&) const
 {
     constexpr int kLongest = 40;
     text = inNotation(text, locale());
-    const QString typed = text.trimmed();
+    const QString typed = bare(text);
     const QString point = locale().decimalPoint();
     const qsizetype at = typed.indexOf(point);
     if (typed.size() > kLongest || typed.contains(u'e', Qt::CaseInsensitive) ||

@@ -340,6 +340,18 @@ TEST_F(DecimalRow, WritesNumbersInTheUsersWay)
     type("1e3");
     QTest::keyClick(field, Qt::Key_Return);
     expectAll(13);
+
+    // A mark of direction stands before the sign.
+    field->setLocale(QLocale::Persian);
+    setRange(-10, 10, 0.5);
+    setValue(-2.5);
+    QTest::keyClick(field, Qt::Key_End);
+    QTest::keyClick(field, Qt::Key_Backspace);
+    QTest::keyClick(field, Qt::Key_Return);
+    expectAll(-2);
+    type("-1.5");
+    QTest::keyClick(field, Qt::Key_Return);
+    expectAll(-1.5);
 }
 
 TEST_F(DecimalRow, ShowsAsManyDigitsAsTheStepsNeed)
