@@ -59,8 +59,9 @@ extern "C" __attribute__((visibility("default"))) plugin::ImageEditor* CIFShared
 {
     static editor::SharedEditor shared;
     try {
-        if (version == plugin::kImageEditorVersion && !editor::ApplicationUse::isUsed() &&
-            editor::haveApplication())
+        // In this order: whether it is used is known to the application's thread alone.
+        if (version == plugin::kImageEditorVersion && editor::haveApplication() &&
+            !editor::ApplicationUse::isUsed())
             return &shared;
     } catch (const std::exception&) {
         // Too little memory for an application.
