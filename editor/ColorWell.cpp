@@ -74,8 +74,6 @@ ColorWell::ColorWell(QWidget* parent) : QAbstractButton(parent)
     });
 }
 
-ColorWell::~ColorWell() = default;
-
 void ColorWell::setColor(const std::optional<Color>& color)
 {
     if (_color == color)

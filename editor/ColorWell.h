@@ -18,7 +18,6 @@ class ColorWell final : public QAbstractButton {
 
 public:
     explicit ColorWell(QWidget* parent = nullptr);
-    ~ColorWell() override;
 
     const std::optional<foundation::Color>& color() const { return _color; }
     // Sends no action. An active well's colour is the panel's too.

@@ -53,10 +53,7 @@ Words less(Words a, Words b)
 #if defined(__x86_64__)
     return Words(_mm_subs_epu16(__m128i(a), __m128i(b)));
 #else
-    Words r;
-    for (int k = 0; k < 8; ++k)
-        r[k] = static_cast<std::uint16_t>(a[k] > b[k] ? a[k] - b[k] : 0);
-    return r;
+    return (a - b) & Words(a > b);
 #endif
 }
 
