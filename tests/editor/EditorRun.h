@@ -15,6 +15,7 @@
 #include "platform/drawing/Picture.h"
 #include "plugin/CIFMain.h"
 #include "plugin/StartingValues.h"
+#include "tests/editor/HeldPixels.h"
 #include "tests/plugin/Environment.h"
 #include "tests/support/Support.h"
 
@@ -25,7 +26,6 @@
 
 #include <gmock/gmock.h>
 
-#include <condition_variable>
 #include <cstdlib>
 #include <functional>
 #include <stdexcept>
@@ -35,36 +35,15 @@
 class Gate {
 public:
     ~Gate() { open(); }
-    void open()
-    {
-        const std::lock_guard held(_state->lock);
-        _state->isOpen = true;
-        _state->opened.notify_all();
-    }
+    void open() { _pixels->letGo(); }
     foundation::PictureRef picture() const
     {
-        return drawing::Picture::fromDeferred(std::make_shared<Source>(_state), {96, 64});
+        return drawing::Picture::fromDeferred(_pixels, {96, 64});
     }
 
 private:
-    struct State {
-        std::mutex lock;
-        std::condition_variable opened;
-        bool isOpen = false;
-    };
-    struct Source : drawing::DeferredSource {
-        explicit Source(std::shared_ptr<State> s) : state(std::move(s)) {}
-        int pixelsWide() const override { return 96; }
-        int pixelsHigh() const override { return 64; }
-        imaging::BitmapRef render() const override
-        {
-            std::unique_lock held(state->lock);
-            state->opened.wait(held, [&] { return state->isOpen; });
-            return support::picture("photo-96x64");
-        }
-        std::shared_ptr<State> state;
-    };
-    std::shared_ptr<State> _state = std::make_shared<State>();
+    std::shared_ptr<HeldPixels> _pixels =
+        std::make_shared<HeldPixels>(support::picture("photo-96x64"));
 };
 
 class EditorRun : public testing::Test {
@@ -120,6 +99,14 @@ protected:
         ASSERT_NE(button, nullptr);
         QTest::mouseClick(button, Qt::LeftButton);
     }
+    // In place of what is there.
+    static void type(QWidget& field, const char* text)
+    {
+        field.setFocus();
+        QTest::keyClick(&field, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClicks(&field, text);
+        QTest::keyClick(&field, Qt::Key_Return);
+    }
     void accept()
     {
         _isLeft = true;
@@ -174,6 +161,21 @@ protected:
             return plugIn.CIFApplyFilterAttributesForImage(identifier, attributes, picture);
         std::srand(seed);
         return plugIn.CIFGenerateLayerAttributesForImage(identifier, attributes, picture);
+    }
+    // All that can be chosen of an effects set, members of groups instead of the groups.
+    static std::vector<std::string> entriesOf(std::uint32_t effectsSet)
+    {
+        CIFMain plugIn;
+        plugIn.CIFSetEffectsSet(effectsSet);
+        std::vector<std::string> all;
+        for (const auto& category : *plugIn.CIFAllFilterDescriptors())
+            for (const auto& entry : *(*category.dictionary())["CIFFilterList"].array())
+                if (const auto members = (*entry.dictionary())["DESC_LIST"].array())
+                    for (const auto& member : *members)
+                        all.push_back(member.dictionary()->stringValue("CIFFilterIdentifier"));
+                else
+                    all.push_back(entry.dictionary()->stringValue("CIFFilterIdentifier"));
+        return all;
     }
     static bool same(const PictureRef& a, const PictureRef& b)
     {
