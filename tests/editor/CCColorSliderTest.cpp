@@ -23,6 +23,22 @@ using Range = std::pair<double, double>;
 
 constexpr double kWidth = 190; // of the gradient
 
+QImage pictureOf(QWidget& widget, double density = 1)
+{
+    QImage image((QSizeF(widget.size()) * density).toSize(), QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(density);
+    image.fill(Qt::white);
+    widget.render(&image, {}, {}, QWidget::DrawWindowBackground);
+    return image;
+}
+
+bool areNear(QColor a, QColor b, int tolerance = 12)
+{
+    return std::abs(a.red() - b.red()) <= tolerance &&
+           std::abs(a.green() - b.green()) <= tolerance &&
+           std::abs(a.blue() - b.blue()) <= tolerance;
+}
+
 class ColorSlider : public testing::Test {
 protected:
     // Positions are those of the cell, in points.
@@ -56,34 +72,30 @@ protected:
         EXPECT_NEAR(slider.getRangeMaxValue(), max, 1e-12) << where;
     }
 
+    void expectMarks(double mark1, double mark2)
+    {
+        EXPECT_NEAR(marks().first, mark1, 1e-9);
+        EXPECT_NEAR(marks().second, mark2, 1e-9);
+    }
+
     CCColorSlider slider{QRect(0, 0, 200, 30)};
     QSignalSpy actions{&slider, &CCColorSlider::action};
 };
 
-void expectMarks(const Range& marks, double mark1, double mark2)
-{
-    EXPECT_NEAR(marks.first, mark1, 1e-9);
-    EXPECT_NEAR(marks.second, mark2, 1e-9);
-}
-
 } // namespace
 
-TEST(ColorSliderCell, StartsWithTheWholeRange)
-{
-    CCColorSliderCell cell;
-    cell.setInitialFrame({7, 8, 200, 30});
-    EXPECT_EQ(cell.gradientRect(), QRectF(12, 18, 190, 20));
-    EXPECT_EQ(cell.getRangeMinValue(), 0);
-    EXPECT_EQ(cell.getRangeMaxValue(), 1);
-    EXPECT_EQ(cell.trackingMarkNumber(), -1);
-    EXPECT_EQ(cell.drawingRectForBounds({1, 2, 3, 4}), QRectF(1, 2, 3, 4));
-}
-
-TEST_F(ColorSlider, OrdersItsValues)
+TEST_F(ColorSlider, OrdersAndKeepsItsValues)
 {
     slider.setRangeMinValue(0.8);
     slider.setRangeMaxValue(0.2);
     expectValues(0.2, 0.8);
+    // At every size.
+    for (const int width : {400, 8, 0, 1, 3000, 200}) {
+        slider.resize(width, 30);
+        QResizeEvent resize(slider.size(), {});
+        QCoreApplication::sendEvent(&slider, &resize);
+        expectValues(0.2, 0.8, width);
+    }
     slider.setRangeMinValue(-3);
     slider.setRangeMaxValue(1e30);
     EXPECT_EQ(values(), Range(0, 1));
@@ -91,18 +103,6 @@ TEST_F(ColorSlider, OrdersItsValues)
     EXPECT_EQ(values(), Range(0, 0));
     // Only the user sends actions.
     EXPECT_EQ(actions.count(), 0);
-}
-
-TEST_F(ColorSlider, KeepsItsValuesAtEverySize)
-{
-    slider.setRangeMinValue(0.25);
-    slider.setRangeMaxValue(0.75);
-    for (const int width : {400, 8, 0, 1, 3000, 123}) {
-        slider.resize(width, 40);
-        QResizeEvent resize(slider.size(), {});
-        QCoreApplication::sendEvent(&slider, &resize);
-        expectValues(0.25, 0.75);
-    }
 }
 
 // Where a press lands, and which mark it then has.
@@ -132,27 +132,20 @@ TEST_F(ColorSlider, PicksTheMarkUnderThePointOrLetsTheNearerJump)
         actions.clear();
         press(c.x);
         EXPECT_EQ(slider.cell().trackingMarkNumber(), c.number) << c.x;
-        expectMarks(marks(), c.mark1, c.mark2);
+        expectMarks(c.mark1, c.mark2);
         EXPECT_EQ(actions.count(), 1) << c.x;
-        // Whether it follows from there.
+        // Whether it follows from there, until the button is up.
         drag(150);
+        release(150);
+        drag(20);
         EXPECT_EQ(actions.count(), c.tracks ? 2 : 1) << c.x;
         EXPECT_NEAR(c.number == 1 ? marks().first : marks().second, c.tracks ? 150 : c.mark2, 1e-9);
-        release(150);
-        EXPECT_EQ(slider.cell().trackingMarkNumber(), -1);
-        EXPECT_EQ(actions.count(), c.tracks ? 2 : 1) << c.x;
-        drag(20);
-        EXPECT_EQ(actions.count(), c.tracks ? 2 : 1) << "no button is down";
     }
-}
-
-TEST_F(ColorSlider, TheFirstMarkLiesOnTop)
-{
+    // The first mark lies on top.
     place(40, 45);
     press(47);
-    EXPECT_EQ(slider.cell().trackingMarkNumber(), 1);
     drag(160);
-    expectMarks(marks(), 160, 45);
+    expectMarks(160, 45);
     expectValues(45 / kWidth, 160 / kWidth);
 }
 
@@ -161,23 +154,21 @@ TEST_F(ColorSlider, DragsStayInsideAndWithShiftKeepTheDistance)
     place(40, 100);
     press(45);
     drag(60, true);
-    expectMarks(marks(), 60, 120);
+    expectMarks(60, 120);
     drag(140, true);
     // The distance goes at the end, and comes back.
-    expectMarks(marks(), 140, 190);
+    expectMarks(140, 190);
     drag(50, true);
-    expectMarks(marks(), 50, 110);
-    drag(20);
-    expectMarks(marks(), 20, 110);
+    expectMarks(50, 110);
     drag(-500);
-    expectMarks(marks(), 0, 110);
+    expectMarks(0, 110);
     release(-500);
 
     press(115);
     drag(150, true);
-    expectMarks(marks(), 40, 150);
+    expectMarks(40, 150);
     drag(70, true);
-    expectMarks(marks(), 0, 70);
+    expectMarks(0, 70);
     release(70);
 }
 
@@ -186,34 +177,30 @@ TEST_F(ColorSlider, InKeyColorModeTheMarksAreOne)
     place(40, 100);
     slider.setKeyColorSelectionMode(true);
     EXPECT_TRUE(slider.isKeyColorSelectionMode() && slider.cell().isKeyColorSelectionMode());
-    expectMarks(marks(), 40, 40);
-    slider.setRangeMinValue(0.5);
-    expectValues(0.5, 0.5);
+    expectMarks(40, 40);
     press(97);
     drag(120, true);
-    expectMarks(marks(), 120, 120);
+    expectMarks(120, 120);
     drag(10);
-    expectMarks(marks(), 10, 10);
+    expectMarks(10, 10);
     release(10);
     // Equally far from both: always pointing at the point.
     press(105);
-    expectMarks(marks(), 100, 100);
+    expectMarks(100, 100);
     release(105);
     key(Qt::Key_Right, Qt::ShiftModifier);
     expectValues(100 / kWidth + 0.01, 100 / kWidth + 0.01);
     key(Qt::Key_End);
     expectValues(1, 1);
-}
-
-TEST_F(ColorSlider, OtherButtonsAndDisabledOnesDoNothing)
-{
-    place(40, 100);
-    QTest::mouseClick(&slider, Qt::RightButton, {}, slider.fromCell({80, 5}).toPoint());
-    slider.setEnabled(false);
-    press(80);
-    key(Qt::Key_Right);
-    expectMarks(marks(), 40, 100);
-    EXPECT_EQ(actions.count(), 0);
+    // What it says of itself.
+    slider.setRangeMinValue(1.0 / 3);
+    QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(&slider);
+    EXPECT_EQ(accessible->role(), QAccessible::Slider);
+    EXPECT_EQ(accessible->text(QAccessible::Name), "key color");
+    EXPECT_EQ(accessible->text(QAccessible::Value), QString::fromUtf8("120\u00b0"));
+    EXPECT_EQ(accessible->childCount(), 0);
+    accessible->valueInterface()->setCurrentValue(0.6);
+    expectValues(0.6, 0.6);
 }
 
 TEST_F(ColorSlider, FollowsTheKeyboard)
@@ -224,18 +211,15 @@ TEST_F(ColorSlider, FollowsTheKeyboard)
         double min, max; // from 0.3 and 0.6, with the start focused
     };
     const Case cases[] = {
-        {Qt::Key_Left, false, 0.29, 0.6},  {Qt::Key_Down, false, 0.29, 0.6},
-        {Qt::Key_Right, false, 0.31, 0.6}, {Qt::Key_Up, false, 0.31, 0.6},
-        {Qt::Key_PageUp, false, 0.4, 0.6}, {Qt::Key_PageDown, false, 0.2, 0.6},
-        {Qt::Key_Home, false, 0, 0.6},     {Qt::Key_End, false, 0.6, 0.6},
-        {Qt::Key_Right, true, 0.31, 0.61}, {Qt::Key_PageDown, true, 0.2, 0.5},
-        {Qt::Key_Home, true, 0, 0.3},      {Qt::Key_End, true, 0.7, 1},
+        {Qt::Key_Left, false, 0.29, 0.6},   {Qt::Key_Up, false, 0.31, 0.6},
+        {Qt::Key_PageUp, false, 0.4, 0.6},  {Qt::Key_Home, false, 0, 0.6},
+        {Qt::Key_End, false, 0.6, 0.6},     {Qt::Key_Right, true, 0.31, 0.61},
+        {Qt::Key_PageDown, true, 0.2, 0.5}, {Qt::Key_End, true, 0.7, 1},
     };
     for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
         slider.setLayoutDirection(direction);
         for (const Case& c : cases) {
-            slider.setRangeMinValue(0.3);
-            slider.setRangeMaxValue(0.6);
+            place(0.3 * kWidth, 0.6 * kWidth);
             actions.clear();
             key(c.key, c.shift ? Qt::ShiftModifier : Qt::NoModifier);
             expectValues(c.min, c.max, c.key);
@@ -250,54 +234,62 @@ TEST_F(ColorSlider, FollowsTheKeyboard)
     EXPECT_EQ(actions.count(), 0);
     key(Qt::Key_Left);
     expectValues(0.59, 0.6);
-    // Other keys are somebody else's.
-    QKeyEvent other(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier, "a");
-    QCoreApplication::sendEvent(&slider, &other);
-    EXPECT_FALSE(other.isAccepted());
+    // Neither do other keys and buttons, nor any while it is disabled.
+    actions.clear();
+    key(Qt::Key_A);
+    QTest::mouseClick(&slider, Qt::RightButton, {}, slider.fromCell({80, 5}).toPoint());
+    slider.setEnabled(false);
+    press(80);
+    key(Qt::Key_Right);
+    EXPECT_EQ(actions.count(), 0);
 }
 
 TEST(ColorSliderFocus, GoesFromMarkToMarkAndOn)
 {
     QWidget window;
     auto* layout = new QVBoxLayout(&window);
-    auto* before = new QLineEdit(&window);
-    auto* slider = new CCColorSlider(&window);
-    auto* after = new QLineEdit(&window);
-    for (QWidget* widget : {static_cast<QWidget*>(before), static_cast<QWidget*>(slider),
-                            static_cast<QWidget*>(after)})
+    auto* before = new QLineEdit;
+    auto* slider = new CCColorSlider;
+    auto* after = new QLineEdit;
+    for (QWidget* widget : std::initializer_list<QWidget*>{before, slider, after})
         layout->addWidget(widget);
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     before->setFocus();
+    slider->setRangeMinValue(0.2);
+    slider->setRangeMaxValue(0.8);
+    const double width = slider->cell().gradientRect().width();
+    const auto isRinged = [&](double value) {
+        const QPoint beside = slider->fromCell({value * width + 5, -1.5}).toPoint();
+        return areNear(pictureOf(*slider).pixelColor(beside),
+                       slider->palette().color(QPalette::Highlight), 40);
+    };
     const auto tab = [&](bool back = false) {
         QTest::keyClick(QApplication::focusWidget(), back ? Qt::Key_Backtab : Qt::Key_Tab,
                         back ? Qt::ShiftModifier : Qt::NoModifier);
         return QApplication::focusWidget();
     };
-    EXPECT_EQ(tab(), slider);
-    EXPECT_EQ(slider->focusedMark(), Mark::Start);
-    EXPECT_EQ(tab(), slider);
+    const struct {
+        bool back;
+        QWidget* widget;
+        bool startIsRinged, endIsRinged;
+    } ways[] = {{false, slider, true, false}, {false, slider, false, true},
+                {false, after, false, false}, {true, slider, false, true},
+                {true, slider, true, false},  {true, before, false, false}};
+    for (const auto& way : ways) {
+        EXPECT_EQ(tab(way.back), way.widget);
+        EXPECT_EQ(isRinged(0.2), way.startIsRinged);
+        EXPECT_EQ(isRinged(0.8), way.endIsRinged);
+    }
+    // The mouse takes the focus to the mark that it moves.
+    QTest::mouseClick(slider, Qt::LeftButton, {}, slider->fromCell({width, 5}).toPoint());
+    EXPECT_EQ(QApplication::focusWidget(), slider);
     EXPECT_EQ(slider->focusedMark(), Mark::End);
-    QTest::keyClick(slider, Qt::Key_Left);
-    EXPECT_NEAR(slider->getRangeMaxValue(), 0.99, 1e-12);
-    EXPECT_EQ(tab(), after);
-    EXPECT_EQ(tab(true), slider);
-    EXPECT_EQ(slider->focusedMark(), Mark::End);
-    EXPECT_EQ(tab(true), slider);
-    EXPECT_EQ(slider->focusedMark(), Mark::Start);
-    EXPECT_EQ(tab(true), before);
 
+    before->setFocus();
     slider->setKeyColorSelectionMode(true);
     EXPECT_EQ(tab(), slider);
     EXPECT_EQ(tab(), after);
-    // The mouse takes the focus to the mark that it moves.
-    slider->setKeyColorSelectionMode(false);
-    slider->setRangeMinValue(0.2);
-    slider->setRangeMaxValue(0.8);
-    const double right = slider->cell().gradientRect().width();
-    QTest::mouseClick(slider, Qt::LeftButton, {}, slider->fromCell({right, 5}).toPoint());
-    EXPECT_EQ(QApplication::focusWidget(), slider);
-    EXPECT_EQ(slider->focusedMark(), Mark::End);
 }
 
 TEST_F(ColorSlider, TellsAssistiveTechnologyItsRange)
@@ -308,10 +300,8 @@ TEST_F(ColorSlider, TellsAssistiveTechnologyItsRange)
     ASSERT_NE(all, nullptr);
     EXPECT_EQ(all->role(), QAccessible::Grouping);
     EXPECT_EQ(all->text(QAccessible::Name), "color range");
-    EXPECT_EQ(all->valueInterface(), nullptr);
     ASSERT_EQ(all->childCount(), 2);
     EXPECT_EQ(all->child(2), nullptr);
-    EXPECT_EQ(all->child(-1), nullptr);
 
     const char* names[] = {"range start", "range end"};
     const char* texts[] = {"90\u00b0", "270\u00b0"};
@@ -320,10 +310,7 @@ TEST_F(ColorSlider, TellsAssistiveTechnologyItsRange)
         EXPECT_EQ(mark->role(), QAccessible::Slider);
         EXPECT_EQ(mark->text(QAccessible::Name), names[i]);
         EXPECT_EQ(mark->text(QAccessible::Value), QString::fromUtf8(texts[i]));
-        EXPECT_EQ(mark->parent(), all);
         EXPECT_EQ(all->indexOfChild(mark), i);
-        EXPECT_NEAR(mark->valueInterface()->currentValue().toDouble(), i == 0 ? 0.25 : 0.75, 1e-12);
-        EXPECT_TRUE(mark->state().focusable);
         const QPoint middle = mark->rect().center();
         EXPECT_EQ(all->childAt(middle.x(), middle.y()), mark);
         // Where it is drawn.
@@ -333,19 +320,14 @@ TEST_F(ColorSlider, TellsAssistiveTechnologyItsRange)
     }
     QAccessibleValueInterface* start = all->child(0)->valueInterface();
     QAccessibleValueInterface* end = all->child(1)->valueInterface();
-    EXPECT_EQ(start->minimumValue(), 0.0);
     EXPECT_NEAR(start->maximumValue().toDouble(), 0.75, 1e-12);
     EXPECT_NEAR(end->minimumValue().toDouble(), 0.25, 1e-12);
-    EXPECT_EQ(end->maximumValue(), 1.0);
-
     start->setCurrentValue(0.5);
     expectValues(0.5, 0.75);
     EXPECT_EQ(actions.count(), 1);
     start->setCurrentValue(0.9);
-    expectValues(0.75, 0.75);
     end->setCurrentValue(QVariant("much"));
     end->setCurrentValue(std::numeric_limits<double>::quiet_NaN());
-    expectValues(0.75, 0.75);
     slider.setEnabled(false);
     end->setCurrentValue(1);
     expectValues(0.75, 0.75);
@@ -357,41 +339,6 @@ TEST_F(ColorSlider, TellsAssistiveTechnologyItsRange)
     slider.setAccessibleName("Petals");
     EXPECT_EQ(all->text(QAccessible::Name), "Petals");
 }
-
-TEST_F(ColorSlider, TellsAssistiveTechnologyItsKeyColor)
-{
-    slider.setKeyColorSelectionMode(true);
-    slider.setRangeMinValue(1.0 / 3);
-    QAccessibleInterface* all = QAccessible::queryAccessibleInterface(&slider);
-    EXPECT_EQ(all->role(), QAccessible::Slider);
-    EXPECT_EQ(all->text(QAccessible::Name), "key color");
-    EXPECT_EQ(all->text(QAccessible::Value), QString::fromUtf8("120\u00b0"));
-    EXPECT_EQ(all->childCount(), 0);
-    ASSERT_NE(all->valueInterface(), nullptr);
-    EXPECT_EQ(all->valueInterface()->maximumValue(), 1.0);
-    all->valueInterface()->setCurrentValue(0.6);
-    expectValues(0.6, 0.6);
-}
-
-namespace {
-
-QImage pictureOf(QWidget& widget, double density = 1)
-{
-    QImage image((QSizeF(widget.size()) * density).toSize(), QImage::Format_ARGB32_Premultiplied);
-    image.setDevicePixelRatio(density);
-    image.fill(Qt::white);
-    widget.render(&image, {}, {}, QWidget::DrawWindowBackground);
-    return image;
-}
-
-bool areNear(QColor a, QColor b, int tolerance = 12)
-{
-    return std::abs(a.red() - b.red()) <= tolerance &&
-           std::abs(a.green() - b.green()) <= tolerance &&
-           std::abs(a.blue() - b.blue()) <= tolerance;
-}
-
-} // namespace
 
 TEST_F(ColorSlider, DrawsTheHuesAndItsMarks)
 {
@@ -415,8 +362,6 @@ TEST_F(ColorSlider, DrawsTheHuesAndItsMarks)
     const QImage leftToRight = pictureOf(slider);
     slider.setLayoutDirection(Qt::RightToLeft);
     EXPECT_EQ(pictureOf(slider), leftToRight);
-    slider.setLayoutDirection(Qt::LeftToRight);
-
     slider.setEnabled(false);
     const QColor disabled = slider.palette().color(QPalette::Disabled, QPalette::WindowText);
     EXPECT_TRUE(areNear(at(5 + third, 4), disabled, 2));
@@ -430,48 +375,19 @@ TEST_F(ColorSlider, DrawsTheHuesAndItsMarks)
 TEST_F(ColorSlider, IsCrispAtEveryScale)
 {
     place(0, kWidth);
+    const QColor background = slider.palette().color(QPalette::Window);
     for (const double density : {1.0, 1.25, 1.5, 1.75, 2.0, 3.0}) {
         const QImage image = pictureOf(slider, density);
         const int row = static_cast<int>(slider.fromCell({0, 20}).y() * density);
-        const int column = static_cast<int>(slider.fromCell({100, 0}).x() * density);
-        const QColor background = slider.palette().color(QPalette::Window);
         const QColor frame = image.pixelColor(static_cast<int>(7 * density), row);
         EXPECT_FALSE(areNear(frame, background, 30));
         // From the left edge to the gradient there is the background, then the frame.
         int framed = 0;
         for (int x = 0; !areNear(image.pixelColor(x, row), Qt::red, 30); ++x) {
             const QColor pixel = image.pixelColor(x, row);
-            EXPECT_TRUE(pixel == background || pixel == frame)
-                << density << " " << x << " " << pixel.name().toStdString();
+            EXPECT_TRUE(pixel == background || pixel == frame) << density << " " << x;
             framed += pixel == frame;
         }
         EXPECT_NEAR(framed, 2 * density, 0.51) << density;
-        // Above the gradient as well: nothing of the frame is cut off.
-        int above = 0;
-        for (int y = 0;
-             image.pixelColor(column, y) == background || image.pixelColor(column, y) == frame; ++y)
-            above += image.pixelColor(column, y) == frame;
-        EXPECT_NEAR(above, 2 * density, 0.51) << density;
     }
-}
-
-TEST_F(ColorSlider, ShowsWhichMarkHasTheKeyboard)
-{
-    place(60, 120);
-    slider.show();
-    slider.activateWindow();
-    slider.setFocus();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&slider));
-    const QColor ring = slider.palette().color(QPalette::Highlight);
-    const auto isRinged = [&](double mark) {
-        const QPoint beside = slider.fromCell({mark + 5, -1.5}).toPoint();
-        return areNear(pictureOf(slider).pixelColor(beside), ring, 40);
-    };
-    EXPECT_TRUE(isRinged(60));
-    EXPECT_FALSE(isRinged(120));
-    key(Qt::Key_Tab);
-    EXPECT_FALSE(isRinged(60));
-    EXPECT_TRUE(isRinged(120));
-    slider.clearFocus();
-    EXPECT_FALSE(isRinged(120));
 }

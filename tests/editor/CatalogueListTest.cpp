@@ -58,37 +58,32 @@ TEST_P(CatalogueRows, AreTheEntriesWithCategoriesBetween)
 {
     const CatalogueModel model(controller);
     EXPECT_EQ(model.rowCount(), GetParam().entries + GetParam().categories - 1);
-    EXPECT_EQ(model.columnCount(), 2);
-    int row = 0, separators = 0;
+    int row = 0;
     for (const auto& value : *controller.plugIn()->CIFAllFilterDescriptors()) {
         const auto category = value.dictionary();
         const auto at = [&](int column) { return model.index(row, column); };
+        const auto title = [&] { return at(0).data().toString().toStdString(); };
         if (row > 0) {
-            EXPECT_EQ(at(0).data().toString().toStdString(),
-                      category->stringValue("CIFCategoryName"));
+            EXPECT_EQ(title(), category->stringValue("CIFCategoryName"));
             EXPECT_TRUE(at(0).data(CatalogueModel::SeparatorRole).toBool());
             EXPECT_FALSE(at(0).data(CatalogueModel::IdentifierRole).isValid());
             EXPECT_FALSE(at(1).data(Qt::DecorationRole).isValid());
             EXPECT_EQ(model.flags(at(0)), Qt::NoItemFlags);
-            EXPECT_FALSE(controller.tableViewShouldSelectRow(row));
-            ++row, ++separators;
+            ++row;
         }
         for (const auto& entry : *(*category)["CIFFilterList"].array()) {
             const auto descriptor = entry.dictionary();
             const std::string identifier = descriptor->stringValue("CIFFilterIdentifier");
-            EXPECT_EQ(at(0).data().toString().toStdString(),
-                      descriptor->stringValue("CIFFilterName"));
-            EXPECT_EQ(at(0).data(CatalogueModel::IdentifierRole).toString().toStdString(),
-                      identifier);
+            SCOPED_TRACE(identifier);
+            EXPECT_EQ(title(), descriptor->stringValue("CIFFilterName"));
             EXPECT_FALSE(at(0).data(CatalogueModel::SeparatorRole).toBool());
             EXPECT_TRUE(model.flags(at(1)).testFlag(Qt::ItemIsSelectable));
-            EXPECT_TRUE(controller.tableViewShouldSelectRow(row));
             EXPECT_EQ(model.rowOfIdentifier(QString::fromStdString(identifier)), row);
 
             const int type = markOf(descriptor->intValue("CIFFilterStyle", 0));
-            ASSERT_TRUE(at(1).data(Qt::DecorationRole).isValid()) << identifier;
+            ASSERT_TRUE(at(1).data(Qt::DecorationRole).isValid());
             const auto mark = at(1).data(Qt::DecorationRole).value<QIcon>();
-            EXPECT_EQ(mark.isNull(), type == 0) << identifier;
+            EXPECT_EQ(mark.isNull(), type == 0);
             if (type != 0) {
                 EXPECT_EQ(mark.pixmap(QSize(11, 13), 1.0).toImage(),
                           QPixmap::fromImage(editor::imageFromType(type)).toImage());
@@ -98,80 +93,15 @@ TEST_P(CatalogueRows, AreTheEntriesWithCategoriesBetween)
         }
     }
     EXPECT_EQ(row, model.rowCount());
-    EXPECT_EQ(separators, GetParam().categories - 1);
-    EXPECT_EQ(model.rowOfIdentifier("CINothing"), -1);
     // Past the ends there is nothing, and nothing to select.
     for (const int outside : {-1, row, 1 << 30}) {
         EXPECT_FALSE(controller.tableViewShouldSelectRow(outside));
         EXPECT_TRUE(
             controller.tableViewObjectValueForTableColumnRow(u"title", outside).string.isEmpty());
     }
-    EXPECT_TRUE(controller.tableViewObjectValueForTableColumnRow(u"price", 1).string.isEmpty());
 }
 
-TEST(CatalogueList, IsEmptyOnAPlatformThatIsTooOld)
-{
-    CIFImageEditorController controller;
-    plugin::setToolkitVersion(823.9);
-    controller.awakeFromNib();
-    EXPECT_EQ(controller.plugIn(), nullptr);
-    EXPECT_EQ(CatalogueModel(controller).rowCount(), 0);
-    EXPECT_TRUE(controller.toolbarAllowedItemIdentifiers(nullptr).isEmpty());
-    plugin::setToolkitVersion(824);
-    controller.awakeFromNib();
-    EXPECT_NE(controller.plugIn(), nullptr);
-    plugin::resetToolkitVersion();
-}
-
-TEST(CatalogueList, KeepsItsRowsWhileTheOtherListIsShown)
-{
-    foundation::setLanguage("de");
-    CIFImageEditorController controller;
-    controller.awakeFromNib();
-    CatalogueModel filters(controller);
-    controller.plugIn()->CIFSetEffectsSet(1);
-    CatalogueModel generators(controller);
-    EXPECT_EQ(filters.index(0, 0).data(), "Zuschneiden");
-    EXPECT_EQ(filters.rowCount(), 74);
-    EXPECT_EQ(generators.rowCount(), 24);
-    EXPECT_GE(generators.rowOfIdentifier("GLIF_Plasma"), 0);
-    filters.reloadData();
-    EXPECT_EQ(filters.rowCount(), 24);
-    foundation::setLanguage("C");
-}
-
-TEST(CatalogueList, SkipsCategoriesUnderMouseAndKeyboard)
-{
-    CIFImageEditorController controller;
-    controller.awakeFromNib();
-    CatalogueModel model(controller);
-    QTableView list;
-    editor::showCatalogue(list, model);
-    list.resize(240, 400);
-    list.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&list));
-    const auto click = [&](int row) {
-        QTest::mouseClick(list.viewport(), Qt::LeftButton, {},
-                          list.visualRect(model.index(row, 0)).center());
-        return list.currentIndex().row();
-    };
-    ASSERT_TRUE(model.index(2, 0).data(CatalogueModel::SeparatorRole).toBool());
-    EXPECT_EQ(click(1), 1);
-    EXPECT_EQ(click(2), 1);
-    QTest::keyClick(&list, Qt::Key_Down);
-    EXPECT_EQ(list.currentIndex().row(), 3);
-    EXPECT_EQ(list.selectionModel()->selectedRows().size(), 1);
-    QTest::keyClick(&list, Qt::Key_Up);
-    EXPECT_EQ(list.currentIndex().row(), 1);
-    // By the first letters of a name.
-    QTest::keyClicks(&list, "sob");
-    EXPECT_EQ(list.currentIndex().data(CatalogueModel::IdentifierRole), "CIFSobel");
-    // Names of categories take less room than entries, and both columns fill the list.
-    EXPECT_LT(list.rowHeight(2), list.rowHeight(1));
-    EXPECT_EQ(list.columnWidth(0) + list.columnWidth(1), list.viewport()->width());
-}
-
-TEST(CatalogueList, SelectsInEitherReadingDirection)
+TEST(CatalogueList, IsLaidOutForReadingAndTyping)
 {
     CIFImageEditorController controller;
     controller.awakeFromNib();
@@ -185,12 +115,17 @@ TEST(CatalogueList, SelectsInEitherReadingDirection)
         // As soon as it is there, and once it is laid out.
         for (const int row : {3, 5}) {
             editor::selectRowOfList(list, row);
-            EXPECT_EQ(list.currentIndex().row(), row);
             EXPECT_TRUE(list.selectionModel()->isRowSelected(row));
             ASSERT_TRUE(QTest::qWaitForWindowExposed(&list));
         }
         editor::selectRowOfList(list, 10'000);
         EXPECT_EQ(list.currentIndex().row(), 5);
+        // By the first letters of a name.
+        QTest::keyClicks(&list, "sob");
+        EXPECT_EQ(list.currentIndex().data(CatalogueModel::IdentifierRole), "CIFSobel");
+        // Names of categories take less room than entries, and both columns fill the list.
+        EXPECT_LT(list.rowHeight(2), list.rowHeight(1));
+        EXPECT_EQ(list.columnWidth(0) + list.columnWidth(1), list.viewport()->width());
     }
 }
 
@@ -198,14 +133,12 @@ TEST(CatalogueList, ShowsThePictureOfAnEntryWhereThereIsOne)
 {
     CIFImageEditorController controller;
     controller.awakeFromNib();
-    EXPECT_EQ(controller.iconOfRow(0), "CropIcon");
-    EXPECT_TRUE(controller.iconOfRow(2).isEmpty()); // a category
     const CatalogueModel model(controller);
     const auto shown = [&](int row) {
         return model.index(row, 0).data(Qt::DecorationRole).value<QIcon>();
     };
     EXPECT_FALSE(shown(3).isNull());
-    EXPECT_TRUE(shown(2).isNull());
+    EXPECT_TRUE(shown(2).isNull()); // a category
 
     // Known pictures are kept by name, so these have names that nothing else uses.
     const TemporaryFolder folder;
@@ -270,15 +203,13 @@ protected:
                 rows.push_back(y);
         return rows;
     }
-    // The same over all rows.
-    std::pair<int, int> ink(const QImage& image) const
+    // The last column of any row, and one more.
+    int endOfInk(const QImage& image) const
     {
-        std::pair<int, int> all{image.width(), 0};
-        for (const int y : rowsWithInk(image)) {
-            const auto [first, last] = inkInRow(image, y);
-            all = {std::min(all.first, first), std::max(all.second, last)};
-        }
-        return all;
+        int end = 0;
+        for (int y = 0; y < image.height(); ++y)
+            end = std::max(end, inkInRow(image, y).second);
+        return end;
     }
 
     QStandardItemModel model{1, 1};
@@ -291,19 +222,13 @@ using Columns = std::pair<int, int>;
 
 TEST_F(Cell, ACategoryWithoutANameIsAThinLineThroughTheMiddle)
 {
-    for (const bool marked : {true, false}) {
-        model.clear();
-        model.setColumnCount(1);
-        model.setRowCount(1);
-        if (marked)
-            setCategory("");
-        const QImage image = drawn<CIFCategoryCell>();
-        // Half a point, which is one pixel here; two points to the right, one past the cell.
-        ASSERT_EQ(rowsWithInk(image), std::vector<int>{11});
-        EXPECT_EQ(inkInRow(image, 11), Columns(12, 93));
-        EXPECT_EQ(image.pixelColor(50, 11), QColor(102, 102, 102));
-        EXPECT_EQ(inkInRow(drawn<CIFCategoryCell>(1, Qt::RightToLeft), 11), Columns(7, 88));
-    }
+    setCategory("");
+    const QImage image = drawn<CIFCategoryCell>();
+    // Half a point, which is one pixel here; two points to the right, one past the cell.
+    ASSERT_EQ(rowsWithInk(image), std::vector<int>{11});
+    EXPECT_EQ(inkInRow(image, 11), Columns(12, 93));
+    EXPECT_EQ(image.pixelColor(50, 11), QColor(102, 102, 102));
+    EXPECT_EQ(inkInRow(drawn<CIFCategoryCell>(1, Qt::RightToLeft), 11), Columns(7, 88));
     for (const double density : {1.25, 1.5, 2.0, 3.0, 4.0})
         EXPECT_EQ(rowsWithInk(drawn<CIFCategoryCell>(density)).size(), density < 4 ? 1 : 2)
             << density;
@@ -317,19 +242,15 @@ TEST_F(Cell, ACategoryShowsItsNameOverTheLine)
     const QImage image = drawn<CIFCategoryCell>();
     const auto rows = rowsWithInk(image);
     EXPECT_GT(rows.size(), 6u);
-    EXPECT_GE(rows.front(), 1);
-    // The name begins two points from the left, the line goes on after it to its end.
-    EXPECT_GE(ink(image).first, 12);
-    EXPECT_LE(ink(image).first, 14);
-    EXPECT_EQ(inkInRow(image, 11).second, 93);
-    EXPECT_EQ(image.pixelColor(70, 11), QColor(102, 102, 102));
+    // The name begins near the left, the line goes on after it to its end.
     EXPECT_LE(inkInRow(image, rows.front()).second, 45);
+    EXPECT_EQ(inkInRow(image, 11).second, 93);
     const QImage mirrored = drawn<CIFCategoryCell>(1, Qt::RightToLeft);
     EXPECT_GE(inkInRow(mirrored, rows.front()).first, 55);
     EXPECT_EQ(inkInRow(mirrored, 11).first, 7);
     // A long name is cut off, and stays in the cell.
     setCategory("Bewegungsunschärfe und noch viel mehr davon");
-    EXPECT_LE(ink(drawn<CIFCategoryCell>()).second, 93);
+    EXPECT_LE(endOfInk(drawn<CIFCategoryCell>()), 93);
 }
 
 TEST_F(Cell, AnEntryIsOrdinaryTextWithItsPicture)
@@ -337,15 +258,13 @@ TEST_F(Cell, AnEntryIsOrdinaryTextWithItsPicture)
     model.setData(model.index(0, 0), "Sobel");
     const QImage text = drawn<CIFCategoryCell>();
     EXPECT_GT(rowsWithInk(text).size(), 5u);
-    // No line.
-    EXPECT_LT(ink(text).second, 60);
+    EXPECT_LT(endOfInk(text), 60) << "no line";
     QPixmap red(32, 32);
     red.fill(Qt::red);
     model.setData(model.index(0, 0), QIcon(red), Qt::DecorationRole);
     const QImage both = drawn<CIFCategoryCell>();
     EXPECT_EQ(both.pixelColor(24, 10), Qt::red);
-    EXPECT_GT(ink(both).second, ink(text).second + 20);
-    EXPECT_EQ(CIFCategoryCell().sizeHint({}, model.index(0, 0)).height(), 28);
+    EXPECT_GT(endOfInk(both), endOfInk(text) + 20);
 }
 
 TEST_F(Cell, AMarkIsAnImageNothingOrTheRestOfTheLine)
@@ -353,7 +272,6 @@ TEST_F(Cell, AMarkIsAnImageNothingOrTheRestOfTheLine)
     const QImage line = drawn<CIFImageCategoryCell>();
     ASSERT_EQ(rowsWithInk(line), std::vector<int>{11});
     EXPECT_EQ(inkInRow(line, 11), Columns(10, 88));
-    EXPECT_EQ(line.pixelColor(50, 11), QColor(102, 102, 102));
     EXPECT_EQ(inkInRow(drawn<CIFImageCategoryCell>(1, Qt::RightToLeft), 11), Columns(12, 90));
 
     model.setData(model.index(0, 0), QIcon(), Qt::DecorationRole);

@@ -1,4 +1,4 @@
-// Cursors and small pictures by type.
+// Cursors and small pictures by type and by name.
 #include "editor/NamedImages.h"
 
 #include <QPixmap>
@@ -7,29 +7,16 @@
 
 using namespace editor;
 
-TEST(NamedImages, CursorsAreMadeOnceAndOthersAreTheSystems)
+TEST(NamedImages, SomeTypesAreOwnCursorsAndSomeArePictures)
 {
-    const int custom[] = {0, 1, 2, 3, 4, 5, 8, 9, 10, 11};
-    for (const int type : custom) {
-        const QCursor& cursor = cursorFromType(type);
-        EXPECT_EQ(cursor.shape(), Qt::BitmapCursor) << type;
-        // The same picture, not an equal one.
-        EXPECT_EQ(cursor.pixmap().cacheKey(), cursorFromType(type).pixmap().cacheKey()) << type;
+    for (int type = -1; type <= 16; ++type) {
+        const bool isOwn = type >= 0 && type <= 11 && type != 6 && type != 7;
+        const Qt::CursorShape others = type == 6 ? Qt::IBeamCursor : Qt::ArrowCursor;
+        EXPECT_EQ(cursorFromType(type).shape(), isOwn ? Qt::BitmapCursor : others) << type;
+        EXPECT_EQ(imageFromType(type).isNull(), type != 7 && (type < 11 || type > 14)) << type;
     }
-    EXPECT_EQ(cursorFromType(6).shape(), Qt::IBeamCursor);
-    for (const int type : {7, 12, 99, -1})
-        EXPECT_EQ(cursorFromType(type).shape(), Qt::ArrowCursor) << type;
     EXPECT_EQ(cursorFromType(4).hotSpot(), QPoint(5, 6));
-    EXPECT_EQ(cursorFromType(11).hotSpot(), QPoint(5, 6));
     EXPECT_EQ(cursorFromType(10).hotSpot(), QPoint(0, 0));
-}
-
-TEST(NamedImages, OnlySomeTypesHaveAPicture)
-{
-    for (const int type : {7, 11, 12, 13, 14})
-        EXPECT_FALSE(imageFromType(type).isNull()) << type;
-    for (const int type : {8, 9, 10, 0, 15, -1})
-        EXPECT_TRUE(imageFromType(type).isNull()) << type;
 }
 
 TEST(NamedImages, AreFoundByNameOrByFileNameAndKept)

@@ -30,6 +30,12 @@ BitmapRef noise(int width, int height, bool opaque = true)
     return bitmap;
 }
 
+BitmapRef made(int width, int height, const std::function<support::Rgba(int, int)>& color)
+{
+    return support::converted(*support::bitmapFrom(width, height, color),
+                              imaging::PixelFormat::Rgba8);
+}
+
 std::shared_ptr<PicturePyramid> built(const BitmapRef& bitmap)
 {
     auto pyramid = std::make_shared<PicturePyramid>(bitmap);
@@ -112,20 +118,14 @@ TEST(PixelDrawing, AveragesWhatEachPixelCovers)
 TEST(PixelDrawing, ReducesWithoutMoire)
 {
     const QRect part(0, 0, 120, 90);
-    const BitmapRef waves = support::converted(
-        *support::bitmapFrom(301, 203,
-                             [](int x, int y) {
-                                 const float v = 0.5f + 0.4f * std::sin(0.03f * float(x + 2 * y));
-                                 return support::Rgba{v, 1 - v, v * v, 1};
-                             }),
-        imaging::PixelFormat::Rgba8);
-    const BitmapRef checks =
-        support::converted(*support::bitmapFrom(301, 203,
-                                                [](int x, int y) {
-                                                    const float v = (x + y) % 2 == 0 ? 1.0f : 0.0f;
-                                                    return support::Rgba{v, v, v, 1};
-                                                }),
-                           imaging::PixelFormat::Rgba8);
+    const BitmapRef waves = made(301, 203, [](int x, int y) {
+        const float v = 0.5f + 0.4f * std::sin(0.03f * float(x + 2 * y));
+        return support::Rgba{v, 1 - v, v * v, 1};
+    });
+    const BitmapRef checks = made(301, 203, [](int x, int y) {
+        const float v = (x + y) % 2 == 0 ? 1.0f : 0.0f;
+        return support::Rgba{v, v, v, 1};
+    });
     for (const double scale : {0.39, 0.3, 0.2501, 0.11}) {
         const QRectF target(3, 4, 301 * scale, 203 * scale);
         EXPECT_LE(largestDifference(drawn(*built(waves), target, part), part, *waves, target), 5)
@@ -191,28 +191,11 @@ TEST(PixelDrawing, ShowsOpaquePixelsAlikeBeforeTheyAreKnownToBe)
 
 TEST(PixelDrawing, InterpolatesPixelsThatAreCoarserThanThePicture)
 {
-    const BitmapRef two =
-        support::converted(*support::bitmapFrom(2, 1,
-                                                [](int x, int) {
-                                                    return support::Rgba{float(x), 0, 0, 1};
-                                                }),
-                           imaging::PixelFormat::Rgba8);
+    const BitmapRef two = made(2, 1, [](int x, int) { return support::Rgba{float(x), 0, 0, 1}; });
     const QImage image = drawn(*built(two), {0, 0, 8, 2}, {0, 0, 8, 2}, true);
     const int wanted[] = {0, 0, 32, 96, 159, 223, 255, 255};
     for (int x = 0; x < 8; ++x)
         EXPECT_NEAR(qRed(image.pixel(x, 1)), wanted[x], 1) << x;
-}
-
-TEST(PixelDrawing, ReadsTheFullLevelSparselyUntilTheOthersAreThere)
-{
-    const BitmapRef bitmap = noise(400, 300);
-    const PicturePyramid only(bitmap);
-    ASSERT_EQ(only.levels(), 1);
-    const QImage image = drawn(only, {0, 0, 20, 15}, {0, 0, 20, 15});
-    // Of the picture at least: every pixel was written and they are not all alike.
-    EXPECT_NE(image.pixel(3, 3), image.pixel(9, 11));
-    EXPECT_EQ(qAlpha(image.pixel(19, 14)), 255);
-    EXPECT_NE(image.pixel(19, 14), 0xff0000ff);
 }
 
 TEST(PicturePyramid, HalvesAndStopsWhenAsked)
@@ -234,11 +217,14 @@ TEST(PicturePyramid, HalvesAndStopsWhenAsked)
     stop.request_stop();
     stopped.build(stop.get_token(), [] {});
     EXPECT_EQ(stopped.levels(), 1);
+    // What is there is drawn sparsely: of the picture, and every pixel.
+    const QImage image = drawn(stopped, {0, 0, 20, 15}, {0, 0, 20, 15});
+    EXPECT_NE(image.pixel(3, 3), image.pixel(9, 11));
+    EXPECT_NE(image.pixel(19, 14), 0xff0000ff);
 
     PicturePyramid none{BitmapRef()};
     none.build({}, [] {});
     EXPECT_EQ(none.levels(), 0);
-    EXPECT_TRUE(none.isComplete());
 }
 
 TEST(PicturePyramid, TakesEveryFormat)
