@@ -132,13 +132,3 @@ TEST_F(Controller, LetsTheUserChooseTheToolbarsItems)
     choose("Style", "Sobel");
     EXPECT_TRUE(isShown("CIFSobel"));
 }
-
-TEST_F(Controller, MakesAMenuOfAnyGroup)
-{
-    EXPECT_TRUE(CIFImageEditorController::filtersMenuWithGroupDesc(nullptr)->isEmpty());
-    const auto odd = std::make_shared<foundation::Array>(
-        foundation::Array{3, foundation::Dictionary{{"CIFFilterName", "Dodge & Burn"}}});
-    const auto oddMenu = CIFImageEditorController::filtersMenuWithGroupDesc(odd);
-    ASSERT_EQ(oddMenu->actions().size(), 1);
-    EXPECT_EQ(oddMenu->actions()[0]->text(), "Dodge && Burn");
-}

@@ -90,7 +90,6 @@ TEST_F(EntryLists, AGroupShowsItsEntriesInItsPopUp)
         const int row = rowNamed(filters(), "Blur");
         clickRow(filters(), row);
         EXPECT_EQ(controller.filterName(), "CIGaussianBlur");
-        EXPECT_EQ(shownPage(parts()._filterControlsTabView), "30");
         QComboBox& menu = *parts()._filtersGroupPopUpButton30;
         ASSERT_EQ(menu.count(), 3);
         EXPECT_EQ(menu.currentText(), "Gaussian Blur");
@@ -134,13 +133,9 @@ TEST_F(EntryLists, FollowTheTabs)
         EXPECT_TRUE(parts()._windowTabSegmentButton2->isChecked());
         EXPECT_FALSE(parts()._windowTabSegmentButton->isChecked());
         EXPECT_EQ(shownPage(parts()._listsTabView), "generators list");
-        EXPECT_EQ(generators().model()->rowCount(), 24);
         EXPECT_EQ(selectedRow(generators()), 0);
         EXPECT_EQ(controller.filterName(), "GLIF_StarField");
-        EXPECT_EQ(controller.editMode(), 1);
         choose("GLIF_Plasma");
-        EXPECT_EQ(shownPage(parts()._GLIFControlsTabView), "GLIF_Plasma");
-        EXPECT_EQ(shownPage(parts()._GLIFColorControlsTabView), "color gradient");
         const PictureRef plasma = controller.outputImage();
 
         click(parts()._windowTabSegmentButton);
