@@ -2,7 +2,6 @@
 #include "editor/ColorWell.h"
 
 #include <QAccessible>
-#include <QApplication>
 #include <QColorDialog>
 #include <QDropEvent>
 #include <QImage>

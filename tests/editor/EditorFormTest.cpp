@@ -10,23 +10,8 @@
 #include "platform/foundation/Bundle.h"
 #include "plugin/CIFMain.h"
 
-#include <QAbstractButton>
-#include <QAccessible>
-#include <QApplication>
-#include <QCheckBox>
-#include <QComboBox>
-#include <QLineEdit>
-#include <QMainWindow>
-#include <QProgressBar>
-#include <QScrollArea>
-#include <QScrollBar>
-#include <QSet>
-#include <QSplitter>
-#include <QStackedWidget>
-#include <QStyle>
-#include <QStyleOptionComboBox>
-#include <QTableView>
 #include <QTest>
+#include <QtWidgets>
 
 #include <gtest/gtest.h>
 

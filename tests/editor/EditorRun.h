@@ -19,10 +19,10 @@
 #include "tests/plugin/Environment.h"
 #include "tests/support/Support.h"
 
-#include <QAbstractButton>
-#include <QMainWindow>
+// The window has parts of nearly every kind.
+#include <QSignalSpy>
 #include <QTest>
-#include <QTimer>
+#include <QtWidgets>
 
 #include <gmock/gmock.h>
 

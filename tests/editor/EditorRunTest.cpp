@@ -6,24 +6,6 @@
 #include "editor/Preferences.h"
 #include "plugin/Resizing.h"
 
-#include <QApplication>
-#include <QCheckBox>
-#include <QComboBox>
-#include <QDialog>
-#include <QDialogButtonBox>
-#include <QDoubleSpinBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QSignalSpy>
-#include <QSlider>
-#include <QSplitter>
-#include <QStackedWidget>
-#include <QTableView>
-#include <QTextBrowser>
-#include <QUndoStack>
-#include <QWindow>
-
 using foundation::Dictionary;
 using foundation::PictureRef;
 using foundation::Point;

@@ -4,11 +4,6 @@
 #include "platform/foundation/Bundle.h"
 #include "tests/editor/EditorRun.h"
 
-#include <QComboBox>
-#include <QLineEdit>
-#include <QStackedWidget>
-#include <QTableView>
-
 namespace {
 
 using editor::CatalogueModel;

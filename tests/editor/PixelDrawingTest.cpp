@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 using namespace editor;
 using imaging::BitmapRef;
