@@ -116,8 +116,10 @@ Outcome<> edit(const EditOptions& options)
         return done;
     if (!options.printCommand)
         return {};
-    return printResult(plugin::commandLine(record, options.input, options.output.file) +
-                       outputOptions(options) + '\n');
+    const std::string line = plugin::commandLine(record, options.input, options.output.file);
+    if (line.empty())
+        return noPicture("no command begins with an empty picture, so none is printed");
+    return printResult(line + outputOptions(options) + '\n');
 }
 
 } // namespace cli

@@ -310,11 +310,12 @@ bool CIFImageEditorController::startGeneratorWithRect(const PictureRef& picture,
         QApplication::beep();
         return false;
     }
-    return startRun(Generators, drawing::Picture::blank({rect.width, rect.height}), nullptr);
+    const Size size = {rect.width, rect.height};
+    return startRun(Generators, drawing::Picture::blank(size), nullptr, size);
 }
 
 bool CIFImageEditorController::startRun(EffectsSet set, const PictureRef& picture,
-                                        const Rect* selection)
+                                        const Rect* selection, Size newSize)
 {
     if (_modalLoop) {
         foundation::log("The image editor is open already");
@@ -327,6 +328,7 @@ bool CIFImageEditorController::startRun(EffectsSet set, const PictureRef& pictur
     const Size size = picture ? picture->size() : Size();
     const Point middle = {size.width * 0.5, size.height * 0.5};
     _record = {};
+    _record.size = newSize;
     _recordOfRun.reset();
     _selectionOfRun.reset();
     if (filters)

@@ -337,7 +337,9 @@ private:
     void showToolbarMenu(const QPoint& position);
 
     // The run.
-    bool startRun(EffectsSet set, const PictureRef& picture, const Rect* selection);
+    // The new size is that of a picture that begins empty.
+    bool startRun(EffectsSet set, const PictureRef& picture, const Rect* selection,
+                  Size newSize = {});
     bool loadWindow();
     void buildControlSets();
     void fillMenus();

@@ -99,6 +99,8 @@ public:
         : _controller(controller), _kind(kind), _before{controller._picture, controller._record},
           _now(std::move(base)), _applied(controller.parameterState())
     {
+        setText(kind == Kind::Applied ? editor::localizedString("Apply")
+                                      : editor::localizedString("Image Size"));
     }
     void redo() override { makeBase(_now, _kind == Kind::Applied); }
     void undo() override { makeBase(_before, false); }

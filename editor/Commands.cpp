@@ -466,6 +466,9 @@ void Commands::copyCommandLine()
     _controller.whenResultIsThere([this] {
         const std::string line =
             plugin::commandLine(_controller.record(), "input.png", "output.png");
+        if (line.empty())
+            return _controller.showStatus(
+                localizedString("No command begins with an empty picture"));
         QGuiApplication::clipboard()->setText(fromUtf8(line));
         _controller.showStatus(localizedString("The command line is on the clipboard"));
     });

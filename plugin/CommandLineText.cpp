@@ -165,6 +165,9 @@ std::string commandLine(const EditRecord& record, const std::string& input,
         last.crop = cropOption(*record.crop);
 
     std::vector<Command> commands = commandsOf(record);
+    const bool isDrawn = !commands.empty() && commands.front().generates;
+    if (!isDrawn && record.size.width > 0)
+        return {};
     if (commands.empty()) {
         commands.emplace_back();
         // Nothing was done to the picture; as a crop, it is all that lies in the largest there can

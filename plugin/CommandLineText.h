@@ -17,7 +17,8 @@ RecipeStep withoutStartingValues(CIFMain& main, const RecipeStep& step);
 // Further steps follow as recipe lines (--then). A new size is made where the command begins
 // (--resize WxH, or WxH:fit as a thumbnail), or where a new picture is finished; sizes that do not
 // fit in are joined by pipes. A crop comes last (--crop X,Y,W,H). Values that a step starts with
-// are left out. What came before the last generator is left out too, and so is INPUT.
+// are left out. What came before the last generator is left out too, and so is INPUT. Empty when
+// the picture was begun empty and no generator has drawn on it: no command begins so.
 std::string commandLine(const EditRecord& record, const std::string& input,
                         const std::string& output);
 

@@ -26,7 +26,7 @@ struct EditRecord {
     };
     std::vector<Step> steps;
     std::optional<foundation::Rect> crop; // in points of the result, y up
-    foundation::Size size;                // of the picture that the last generator drew
+    foundation::Size size;                // of the last picture that was begun empty, if any was
 };
 
 class ImageEditor {

@@ -102,6 +102,14 @@ TEST_F(Edit, PrintsTheLineThatRepeatsANewPicture)
                   "choose CIFSobel",
                   {"--generate", "64x48"}, "both.png");
     EXPECT_THAT(line, HasSubstr(" --then CIFSobel"));
+
+    // Nothing was drawn on it.
+    const Ran ran = edit("click _windowTabSegmentButton;choose CIColorInvert;click _buttonSet",
+                         {"--generate", "64x48", "-o", "inverted.png", "--print-command"});
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_EQ(ran.out, "");
+    EXPECT_EQ(ran.err, "cif: no command begins with an empty picture, so none is printed\n");
+    EXPECT_TRUE(shell.has("inverted.png"));
 }
 
 TEST_F(Edit, WritesNothingUnlessAccepted)
