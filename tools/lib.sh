@@ -90,7 +90,7 @@ configure() {
 
 # build PRESET [TARGET…]
 build() {
-    export CCACHE_BASEDIR=${CCACHE_BASEDIR:-$root} CCACHE_NOHASHDIR=1
+    export CCACHE_BASEDIR=${CCACHE_BASEDIR:-$root} CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=pch_defines,time_macros
     local preset=$1
     shift
     logged "build-$preset" ninja -C "$root/build/$preset" -j "$(cores)" "$@"
