@@ -33,6 +33,12 @@
 
 extern char** environ;
 
+// What the libraries under the toolkit keep until the process ends. Under the leak checker only.
+extern "C" const char* __lsan_default_suppressions()
+{
+    return "leak:libfontconfig\nleak:libglib-2.0\nleak:__cxa_thread_atexit_impl\n";
+}
+
 // Whoever makes the application, the person comes with it.
 static void bringPerson()
 {
@@ -76,7 +82,10 @@ foundation::PictureRef ramp(int width = 48, int height = 32)
     for (std::size_t i = 0; i < pixels.size(); ++i)
         pixels[i] = static_cast<std::uint8_t>(i % 4 == 3 ? 255 : i / 4 * (i % 4 + 1));
     CIFPicture* made = CIFPictureFromPixels(pixels.data(), width, height, 4 * width, 8, nullptr, 0);
-    return made ? made->picture : nullptr;
+    const foundation::PictureRef picture = made ? made->picture : nullptr;
+    FROM_BUNDLE(CIFPictureRelease);
+    CIFPictureRelease(made);
+    return picture;
 }
 
 std::vector<std::uint8_t> pixelsOf(const foundation::PictureRef& picture)
@@ -189,7 +198,7 @@ void inItsOwnLoop(ICoreImageFilter& plugIn, QLabel& window, bool hidesItself)
     QObject::connect(&heart, &QTimer::timeout, [&] { ++beats; });
     heart.start(1);
     bool isQuitting = false;
-    QObject::connect(qApp, &QApplication::aboutToQuit, [&] { isQuitting = true; });
+    QObject::connect(qApp, &QApplication::aboutToQuit, &heart, [&] { isQuitting = true; });
     // The last window to close is the editor's then.
     window.setVisible(!hidesItself);
 
