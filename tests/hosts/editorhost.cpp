@@ -363,7 +363,9 @@ void manyTimes(ICoreImageFilter& plugIn)
                 kilobytesAfter);
     // A thread that came later has one; a leak would have hundreds.
     EXPECT(filesAfter <= files + 3);
+#ifndef __SANITIZE_ADDRESS__ // which holds back what is freed
     EXPECT(kilobytesAfter - kilobytes < 16'000);
+#endif
 }
 
 } // namespace
